@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QHash>
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <QVector>
+#include <memory>
+#include <vector>
+
+namespace modDatabase {
+class DbConnection;
+}
+
+// The complete result of one SELECT, read into memory when the query runs. Rows do not change
+// when other statements change the tables. A result over all columns of one table
+// ("SELECT * FROM [Table] ...") is also updatable: add a row, change fields of the current row,
+// write it with Update (after an insert the key field holds the new key), delete the current
+// row. The key is the table's first column.
+class Recordset {
+  public:
+    Recordset() = default;
+
+    // True when the current position is past the last row (at once for an empty result).
+    bool Eof() const;
+    void MoveNext();
+    int RecordCount() const;
+    int FieldCount() const { return static_cast<int>(m_names.size()); }
+    QString FieldName(int index) const { return m_names.value(index); }
+
+    // The value of a field of the current row, looked up by name without regard to case.
+    QVariant Fields(const QString& name) const;
+    QVariant Fields(int index) const;
+    // Field as text or number; a NULL is an error ("Invalid use of Null").
+    QString Text(const QString& name) const;
+    qint32 Long(const QString& name) const;
+
+    void SetField(const QString& name, const QVariant& value);
+    void AddNew();
+    void Update();
+    void Delete();
+    void Close();
+
+  private:
+    friend Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>&,
+                                     const QString&);
+    int FieldIndex(const QString& name) const;
+    QVector<QVariant>& CurrentRow();
+    const QVector<QVariant>& CurrentRow() const;
+    void Insert();
+    void WriteChanges();
+    void RequireUpdatable() const;
+
+    std::shared_ptr<modDatabase::DbConnection> m_connection;
+    QString m_table;  // bracketed, empty when the result is not updatable
+    QStringList m_names;
+    QHash<QString, int> m_index;  // lower-case name -> column
+    std::vector<QVector<QVariant>> m_rows;
+    std::vector<bool> m_deleted;
+    QVector<bool> m_changed;
+    bool m_adding = false;
+    size_t m_position = 0;
+};
+
+// Runs a SELECT on a connection into a new result set; errors carry the driver's name as source.
+Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& connection,
+                          const QString& sql);

@@ -1,0 +1,218 @@
+#include "core/SyntheticDatabase.h"
+
+#include <QSqlQuery>
+#include <QStringList>
+#include <array>
+
+#include "core/AppError.h"
+#include "core/modDatabase.h"
+
+namespace SyntheticDatabase {
+namespace {
+
+constexpr int Groups = 10;
+constexpr int TypesPerGroup = 10;
+constexpr int Sources = 20;
+constexpr int Ingredients = 300;
+constexpr int RowsPerStatement = 500;
+
+const std::array<const char*, 12> Units = {
+    "g", "dag", "kg", "ml", "dl", "l", "kos", "žlica", "žlička", "ščepec", "skodelica", "strok"};
+const std::array<const char*, 10> GroupNames = {
+    "Juhe",    "Enolončnice", "Mesne jedi", "Ribje jedi", "Zelenjavne jedi",
+    "Priloge", "Solate",      "Sladice",    "Peciva",     "Zimnica"};
+const std::array<const char*, 12> Adjectives = {"Domača",     "Pečena",    "Kuhana",  "Dušena",
+                                                "Hrustljava", "Babičina",  "Poletna", "Zimska",
+                                                "Kmečka",     "Praznična", "Žametna", "Čebulna"};
+const std::array<const char*, 12> Nouns = {"juha",   "enolončnica", "pečenka", "omaka",
+                                           "solata", "potica",      "pita",    "rižota",
+                                           "kaša",   "zloženka",    "štruca",  "jed"};
+const std::array<const char*, 10> Additions = {"s krompirjem", "z gobami", "s česnom",  "z zeljem",
+                                               "s skuto",      "z orehi",  "s špinačo", "z jabolki",
+                                               "s fižolom",    "z ajdo"};
+const std::array<const char*, 6> Steps = {
+    "Sestavine pripravimo in odtehtamo.",  "Čebulo drobno sesekljamo in prepražimo.",
+    "Vse skupaj dušimo na zmernem ognju.", "Občasno premešamo in po potrebi prilijemo vode.",
+    "Začinimo s soljo in poprom.",         "Postrežemo toplo."};
+
+// A small, fully determined random sequence.
+class Sequence {
+  public:
+    unsigned Next(unsigned bound) {
+        m_state = m_state * 6364136223846793005ULL + 1442695040888963407ULL;
+        return static_cast<unsigned>((m_state >> 33) % bound);
+    }
+
+  private:
+    unsigned long long m_state = 0x4d6f7276656e61ULL;
+};
+
+// Collects rows of one table and writes them in statements of many rows each.
+class BulkInsert {
+  public:
+    BulkInsert(modDatabase::DbConnection& connection, QString head)
+        : m_connection(connection), m_head(std::move(head)) {}
+    ~BulkInsert() = default;
+
+    void Add(const QStringList& values) {
+        m_rows << QLatin1Char('(') + values.join(QStringLiteral(", ")) + QLatin1Char(')');
+        if (m_rows.size() == RowsPerStatement) {
+            Flush();
+        }
+    }
+    void Flush() {
+        if (m_rows.isEmpty()) {
+            return;
+        }
+        QSqlQuery query(m_connection.Database());
+        if (!query.exec(m_connection.Translate(m_head + QStringLiteral(" VALUES ") +
+                                               m_rows.join(QStringLiteral(", "))))) {
+            modDatabase::RaiseDriverError(m_connection, query.lastError());
+        }
+        m_rows.clear();
+    }
+
+  private:
+    modDatabase::DbConnection& m_connection;
+    QString m_head;
+    QStringList m_rows;
+};
+
+QString Quoted(const QString& text) {
+    return QLatin1Char('\'') + text + QLatin1Char('\'');
+}
+QString Number(long long value) {
+    return QString::number(value);
+}
+
+void Run(modDatabase::DbConnection& connection, const QString& sql) {
+    QSqlQuery query(connection.Database());
+    if (!query.exec(connection.Translate(sql))) {
+        modDatabase::RaiseDriverError(connection, query.lastError());
+    }
+}
+
+void GenerateLookups(modDatabase::DbConnection& c) {
+    BulkInsert groups(c, QStringLiteral("INSERT INTO [Group] (groupID, name, description)"));
+    BulkInsert types(c, QStringLiteral("INSERT INTO [Type] (typeID, groupID, name, description)"));
+    for (int g = 0; g < Groups; ++g) {
+        groups.Add({Number(g + 1), Quoted(QString::fromUtf8(GroupNames[g])),
+                    Quoted(QStringLiteral("Skupina št. %1").arg(g + 1))});
+        for (int t = 0; t < TypesPerGroup; ++t) {
+            const int typeID = g * TypesPerGroup + t + 1;
+            types.Add(
+                {Number(typeID), Number(g + 1),
+                 Quoted(QStringLiteral("%1 %2").arg(QString::fromUtf8(GroupNames[g])).arg(t + 1)),
+                 QStringLiteral("NULL")});
+        }
+    }
+    groups.Flush();
+    types.Flush();
+    BulkInsert sources(c, QStringLiteral("INSERT INTO [Source] (sourceID, name, description)"));
+    for (int s = 1; s <= Sources; ++s) {
+        sources.Add(
+            {Number(s), Quoted(QStringLiteral("Kuharica %1").arg(s)), QStringLiteral("NULL")});
+    }
+    sources.Flush();
+    BulkInsert units(c, QStringLiteral("INSERT INTO [Unit] (unitID, name, description)"));
+    for (size_t u = 0; u < Units.size(); ++u) {
+        units.Add({Number(u + 1), Quoted(QString::fromUtf8(Units[u])), QStringLiteral("NULL")});
+    }
+    units.Flush();
+    BulkInsert ingredients(
+        c, QStringLiteral("INSERT INTO [Ingredient] (ingredientID, name, description)"));
+    for (int i = 1; i <= Ingredients; ++i) {
+        ingredients.Add(
+            {Number(i),
+             Quoted(QStringLiteral("%1 %2").arg(QString::fromUtf8(Nouns[i % Nouns.size()])).arg(i)),
+             QStringLiteral("NULL")});
+    }
+    ingredients.Flush();
+}
+
+void GenerateRecipes(modDatabase::DbConnection& c, int count) {
+    Sequence random;
+    BulkInsert recipes(c,
+                       QStringLiteral("INSERT INTO [Recipe] (recipeID, typeID, sourceID, title)"));
+    BulkInsert sections(c,
+                        QStringLiteral("INSERT INTO [Section] (sectionID, title, instructions)"));
+    BulkInsert links(
+        c, QStringLiteral(
+               "INSERT INTO [RecipeSection] (recipeSectionID, recipeID, sectionID, place)"));
+    BulkInsert lines(c, QStringLiteral("INSERT INTO [SectionIngredient] (sectionIngredientID, "
+                                       "sectionID, ingredientID, unitID, amount)"));
+    long long sectionID = 0;
+    long long lineID = 0;
+    for (int recipeID = 1; recipeID <= count; ++recipeID) {
+        const QString title =
+            QStringLiteral("%1 %2 %3 %4")
+                .arg(QString::fromUtf8(Adjectives[random.Next(Adjectives.size())]),
+                     QString::fromUtf8(Nouns[random.Next(Nouns.size())]),
+                     QString::fromUtf8(Additions[random.Next(Additions.size())]))
+                .arg(recipeID);
+        const unsigned source = random.Next(Sources + 5);
+        recipes.Add({Number(recipeID), Number(random.Next(Groups * TypesPerGroup) + 1),
+                     source < Sources ? Number(source + 1) : QStringLiteral("NULL"),
+                     Quoted(title)});
+        const unsigned sectionCount = 1 + random.Next(3);
+        for (unsigned place = 1; place <= sectionCount; ++place) {
+            ++sectionID;
+            QStringList method;
+            for (unsigned s = 0, n = 2 + random.Next(4); s < n; ++s) {
+                method << QString::fromUtf8(Steps[random.Next(Steps.size())]);
+            }
+            sections.Add({Number(sectionID),
+                          sectionCount == 1 ? QStringLiteral("NULL")
+                                            : Quoted(QStringLiteral("Razdelek %1").arg(place)),
+                          Quoted(method.join(QStringLiteral("\r\n")))});
+            links.Add({Number(sectionID), Number(recipeID), Number(sectionID), Number(place)});
+            for (unsigned l = 0, n = 3 + random.Next(8); l < n; ++l) {
+                lines.Add({Number(++lineID), Number(sectionID),
+                           Number(random.Next(Ingredients) + 1),
+                           Number(random.Next(Units.size()) + 1), Number(1 + random.Next(500))});
+            }
+        }
+    }
+    recipes.Flush();
+    sections.Flush();
+    links.Flush();
+    lines.Flush();
+}
+
+// Keys written explicitly leave the server's key sequences behind; move them past the rows.
+void AdvanceServerKeys(modDatabase::DbConnection& c) {
+    const QStringList tables{"group",   "type",          "source",
+                             "unit",    "ingredient",    "recipe",
+                             "section", "recipesection", "sectioningredient"};
+    for (const QString& table : tables) {
+        const QString key = table + QStringLiteral("id");
+        Run(c, QStringLiteral("SELECT setval(pg_get_serial_sequence('\"%1\"', '%2'), "
+                              "COALESCE((SELECT MAX(%2) FROM \"%1\"), 0) + 1, false)")
+                   .arg(table, key));
+    }
+}
+
+}  // namespace
+
+void Generate(modDatabase::DbConnection& connection, int recipes) {
+    ErrorPath::PassOn("SyntheticDatabase:Generate", [&] {
+        QSqlDatabase db = connection.Database();
+        db.transaction();
+        try {
+            GenerateLookups(connection);
+            GenerateRecipes(connection, recipes);
+            if (connection.Kind() == modDatabase::ServerDatabase) {
+                AdvanceServerKeys(connection);
+            }
+        } catch (...) {
+            db.rollback();
+            throw;
+        }
+        db.commit();
+        if (connection.Kind() == modDatabase::ServerDatabase) {
+            Run(connection, QStringLiteral("ANALYZE"));
+        }
+    });
+}
+
+}  // namespace SyntheticDatabase

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <optional>
+
+class QWidget;
+
+// The program's contact points with the desktop: message boxes, the mouse pointer, opening
+// documents and links, and file dialogs. Each goes through one function whose implementation
+// tests can replace.
+namespace UiServices {
+
+// Message box styles (added together) and answers.
+enum MsgBoxStyle {
+    vbOKOnly = 0,
+    vbYesNo = 4,
+    vbQuestion = 32,
+    vbExclamation = 48,
+    vbInformation = 64,
+};
+enum MsgBoxResult { vbOK = 1, vbCancel = 2, vbYes = 6, vbNo = 7 };
+
+// The title of every message box.
+QString MsgBoxTitle();
+
+using MsgBoxHandler = std::function<int(const QString& text, int style, const QString& title)>;
+
+// Shows a message box and returns the answer.
+int MsgBox(const QString& text, int style, const QString& title = MsgBoxTitle());
+// Replaces the message box (an empty handler puts the real one back).
+void SetMsgBoxHandler(MsgBoxHandler handler);
+
+// The program-wide mouse pointer: a switch, not a stack.
+enum MousePointerShape { vbDefault = 0, vbHourglass = 11 };
+void SetMousePointer(int shape);
+int MousePointer();
+
+using OpenerHandler = std::function<void(const QString& target, const QString& workingFolder)>;
+// Opens a document or link with the desktop's default program; a relative file name resolves
+// against the working folder.
+void Open(const QString& target, const QString& workingFolder);
+void SetOpenerHandler(OpenerHandler handler);
+
+struct FileDialogRequest {
+    QWidget* parent = nullptr;
+    bool save = false;  // save dialog instead of open dialog
+    QString title;
+    QString defaultExtension;  // e.g. ".mdb"
+    QString filter;            // "Description (*.ext)|*.ext"
+    QString initialFile;
+    bool mustExist = false;     // the chosen file must exist
+    bool askOverwrite = false;  // ask before an existing file is chosen for saving
+};
+using FileDialogHandler = std::function<std::optional<QString>(const FileDialogRequest&)>;
+// Returns the chosen file name, or nothing when the user cancels.
+std::optional<QString> ShowFileDialog(const FileDialogRequest& request);
+void SetFileDialogHandler(FileDialogHandler handler);
+
+}  // namespace UiServices

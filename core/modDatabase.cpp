@@ -1,0 +1,285 @@
+#include "core/modDatabase.h"
+
+#include <sqlite3.h>
+
+#include <QAtomicInt>
+#include <QFileInfo>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QUrl>
+
+#include "core/AppError.h"
+#include "core/Schema.h"
+#include "core/SqlDialect.h"
+#include "core/SqliteExtensions.h"
+#include "core/modGeneral.h"
+
+namespace modDatabase {
+
+std::shared_ptr<DbConnection> Connection;
+
+namespace {
+
+QString NextQtConnectionName() {
+    static QAtomicInt counter;
+    return QStringLiteral("morvena-%1").arg(counter.fetchAndAddRelaxed(1));
+}
+
+sqlite3* SqliteHandle(const QSqlDatabase& db) {
+    const QVariant handle = db.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        return nullptr;
+    }
+    return *static_cast<sqlite3* const*>(handle.constData());
+}
+
+QString DatabaseErrorText(const QSqlError& error) {
+    return error.databaseText().isEmpty() ? error.text() : error.databaseText();
+}
+
+}  // namespace
+
+DbConnection::DbConnection(int kind, QString connectionString)
+    : m_kind(kind),
+      m_connectionString(std::move(connectionString)),
+      m_qtName(NextQtConnectionName()) {}
+
+DbConnection::~DbConnection() {
+    Close();
+    QSqlDatabase::removeDatabase(m_qtName);
+}
+
+void DbConnection::Open() {
+    m_lastError.clear();
+    if (m_kind == FileDatabase) {
+        OpenFile(ConnectionStringValue(m_connectionString, QStringLiteral("Data Source")),
+                 Expect::MorvenaDatabase);
+    } else if (m_kind == ServerDatabase) {
+        OpenServer(Expect::MorvenaDatabase);
+    } else {
+        Fail(QStringLiteral("Neznana vrsta zbirke podatkov: %1").arg(m_kind));
+    }
+}
+
+void DbConnection::OpenEmpty() {
+    m_lastError.clear();
+    if (m_kind == FileDatabase) {
+        OpenFile(ConnectionStringValue(m_connectionString, QStringLiteral("Data Source")),
+                 Expect::EmptyDatabase);
+    } else {
+        OpenServer(Expect::EmptyDatabase);
+    }
+}
+
+void DbConnection::OpenFile(const QString& fileName, Expect expect) {
+    const bool exists = QFileInfo::exists(fileName);
+    if (fileName.isEmpty() || (expect == Expect::MorvenaDatabase && !exists)) {
+        Fail(QStringLiteral("Datoteka %1 ne obstaja.").arg(fileName));
+        return;
+    }
+    if (expect == Expect::EmptyDatabase && exists) {
+        Fail(QStringLiteral("Datoteka %1 že obstaja.").arg(fileName));
+        return;
+    }
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_qtName);
+    // An existing file is opened read-write without create: one that vanished meanwhile is
+    // not made anew.
+    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI"));
+    QUrl url = QUrl::fromLocalFile(QFileInfo(fileName).absoluteFilePath());
+    url.setQuery(expect == Expect::EmptyDatabase ? QStringLiteral("mode=rwc")
+                                                 : QStringLiteral("mode=rw"));
+    db.setDatabaseName(url.toString(QUrl::FullyEncoded));
+    if (!db.open()) {
+        Fail(DatabaseErrorText(db.lastError()));
+        return;
+    }
+    if (sqlite3* handle = SqliteHandle(db)) {
+        SqliteExtensions::Register(handle);
+    }
+    Check(expect, fileName);
+    if (State() == adStateOpen) {
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=WAL"));
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA synchronous=FULL"));
+    }
+}
+
+void DbConnection::OpenServer(Expect expect) {
+    const QString server = ConnectionStringValue(m_connectionString, QStringLiteral("Server"));
+    const QString database = ConnectionStringValue(m_connectionString, QStringLiteral("Database"));
+    const QString user = ConnectionStringValue(m_connectionString, QStringLiteral("User ID"));
+    const QString password = ConnectionStringValue(m_connectionString, QStringLiteral("Password"));
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_qtName);
+    // "host", "host:port" or "host,port"
+    const qsizetype separator =
+        std::max(server.lastIndexOf(QLatin1Char(':')), server.lastIndexOf(QLatin1Char(',')));
+    db.setHostName(separator > 0 ? server.left(separator) : server);
+    if (separator > 0) {
+        db.setPort(server.mid(separator + 1).toInt());
+    }
+    db.setDatabaseName(database);
+    db.setConnectOptions(QStringLiteral("connect_timeout=15"));
+    if (!db.open(user, password)) {
+        Fail(DatabaseErrorText(db.lastError()));
+        return;
+    }
+    Check(expect, database);
+}
+
+QStringList DbConnection::TablesPresent() {
+    QSqlQuery query(Database());
+    const QString sql = m_kind == FileDatabase
+                            ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")
+                            : QStringLiteral(
+                                  "SELECT table_name FROM information_schema.tables "
+                                  "WHERE table_schema = current_schema()");
+    QStringList present;
+    if (!query.exec(sql)) {
+        m_lastError = DatabaseErrorText(query.lastError());
+        return {QStringLiteral("?")};
+    }
+    while (query.next()) {
+        present << query.value(0).toString().toLower();
+    }
+    return present;
+}
+
+void DbConnection::Check(Expect expect, const QString& name) {
+    const QStringList present = TablesPresent();
+    if (expect == Expect::EmptyDatabase) {
+        if (!present.isEmpty()) {
+            Fail(QStringLiteral("Zbirka podatkov %1 ni prazna.").arg(name));
+        }
+        return;
+    }
+    for (const QString& table : Schema::TableNames()) {
+        if (!present.contains(table.toLower())) {
+            Fail(QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name));
+            return;
+        }
+    }
+}
+
+void DbConnection::Fail(const QString& description) {
+    if (m_lastError.isEmpty()) {
+        m_lastError = description;
+    }
+    Close();
+}
+
+void DbConnection::Close() {
+    if (QSqlDatabase::contains(m_qtName)) {
+        QSqlDatabase::database(m_qtName, false).close();
+    }
+}
+
+int DbConnection::State() const {
+    return QSqlDatabase::contains(m_qtName) && QSqlDatabase::database(m_qtName, false).isOpen()
+               ? adStateOpen
+               : adStateClosed;
+}
+
+QString DbConnection::DriverName() const {
+    return m_kind == ServerDatabase ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
+}
+
+QSqlDatabase DbConnection::Database() const {
+    return QSqlDatabase::database(m_qtName, false);
+}
+
+QString DbConnection::Translate(const QString& sql) const {
+    return m_kind == ServerDatabase ? SqlDialect::ToPostgres(sql) : sql;
+}
+
+QString BuildConnectionString(int kind, const QString& server, const QString& database,
+                              const QString& user, const QString& password) {
+    const QString credentials = QStringLiteral(";User ID=") + user + QStringLiteral(";Password=") +
+                                password + QStringLiteral(";");
+    switch (kind) {
+        case FileDatabase:
+            return QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=") + database +
+                   credentials;
+        case ServerDatabase:
+            return QStringLiteral("Server=") + server + QStringLiteral(";Database=") + database +
+                   credentials;
+        default:
+            return QString();
+    }
+}
+
+QString ConnectionStringValue(const QString& connectionString, const QString& key) {
+    for (const QString& pair : connectionString.split(QLatin1Char(';'))) {
+        const qsizetype equals = pair.indexOf(QLatin1Char('='));
+        if (equals > 0 && pair.left(equals).trimmed().compare(key, Qt::CaseInsensitive) == 0) {
+            return pair.mid(equals + 1);
+        }
+    }
+    return QString();
+}
+
+void OpenConnection() {
+    using namespace modGeneral;
+    try {
+        Connection = std::make_shared<DbConnection>(
+            DatabaseType,
+            BuildConnectionString(DatabaseType, ServerName, DatabaseName, Username, Password));
+        Connection->Open();
+    } catch (...) {
+        // Opening reports nothing: the connection's state tells the outcome.
+    }
+}
+
+Recordset GetRecordset(const QString& sql) {
+    return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
+        if (!Connection || Connection->State() == adStateClosed) {
+            OpenConnection();
+        }
+        return GetRecordsetFor(Connection, sql);
+    });
+}
+
+void DeleteRecordset(Recordset& rs) {
+    ErrorPath::PassOn("modDatabase:DeleteRecordset", [&] {
+        while (!rs.Eof()) {
+            rs.Delete();
+            rs.Update();
+            rs.MoveNext();
+        }
+    });
+}
+
+void CloseConnection() {
+    ErrorPath::PassOn("modDatabase:CloseConnection", [&] {
+        if (Connection) {
+            Connection->Close();
+        }
+        Connection.reset();
+    });
+}
+
+void Execute(const QString& sql) {
+    ErrorPath::PassOn("modDatabase:Execute", [&] {
+        if (!Connection || Connection->State() == adStateClosed) {
+            OpenConnection();
+        }
+        QSqlQuery query(Connection->Database());
+        if (!query.exec(Connection->Translate(sql))) {
+            RaiseDriverError(*Connection, query.lastError());
+        }
+    });
+}
+
+void RaiseDriverError(const DbConnection& connection, const QSqlError& error) {
+    throw AppError(error.nativeErrorCode().toLong(), connection.DriverName(),
+                   DatabaseErrorText(error));
+}
+
+QVariant StrToNull(const QString& text) {
+    return text.isEmpty() ? QVariant() : QVariant(text);
+}
+
+QString NullToStr(const QVariant& value) {
+    return value.isNull() ? QString() : value.toString();
+}
+
+}  // namespace modDatabase

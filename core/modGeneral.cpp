@@ -1,0 +1,181 @@
+#include "core/modGeneral.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QTreeWidget>
+#include <vector>
+
+#include "Version.h"
+#include "core/AppError.h"
+#include "core/UiServices.h"
+#include "core/modDatabase.h"
+#include "core/modRegistry.h"
+
+namespace modGeneral {
+
+QString ServerName;
+QString DatabaseName;
+QString TempFilename;
+QString Username;
+QString Password;
+qint32 DatabaseType = 1;
+qint32 lngLastID = -1;
+
+QString TemporaryFolder() {
+    QString folder = QDir::tempPath();
+    while (folder.size() > 1 && folder.endsWith(QLatin1Char('/'))) {
+        folder.chop(1);
+    }
+    return folder.isEmpty() || folder == QLatin1String("/") ? QStringLiteral("/") : folder;
+}
+
+QString DefaultTempFilename() {
+    return TemporaryFolder() + QStringLiteral("/tmpRecipeDB.html");
+}
+
+QString DefaultInstallDir() {
+    const QString installed =
+        QDir(QCoreApplication::applicationDirPath())
+            .absoluteFilePath(QString::fromUtf8(Version::InstalledDataDirFromBin));
+    if (QFileInfo(installed).isDir()) {
+        return QDir::cleanPath(installed);
+    }
+    return QString::fromUtf8(Version::BuildDataDir);
+}
+
+void ReadSettings() {
+    using namespace modRegistry;
+    ServerName = GetRegistryString(ProgramKey, QStringLiteral("ServerName"), QString(), true);
+    DatabaseName = GetRegistryString(ProgramKey, QStringLiteral("DatabaseName"),
+                                     QStringLiteral("Morvena.mdb"), true);
+    TempFilename =
+        GetRegistryString(ProgramKey, QStringLiteral("TempFilename"), DefaultTempFilename(), true);
+    Username = GetRegistryString(ProgramKey, QStringLiteral("Username"), QString(), true);
+    Password = GetRegistryString(ProgramKey, QStringLiteral("Password"), QString(), true);
+    DatabaseType = GetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), 1, true);
+}
+
+bool Main(const StartupWindows& windows) {
+    return ErrorPath::Handle("modGeneral:Main->", [&] {
+        ReadSettings();
+        if (!DatabaseName.isEmpty()) {
+            modDatabase::OpenConnection();
+        }
+        if (!modDatabase::Connection) {
+            ErrorPath::Raise(91, QStringLiteral("Object variable not set"));
+        }
+        if (modDatabase::Connection->State() != modDatabase::adStateOpen &&
+            windows.showSettingsDialog) {
+            windows.showSettingsDialog();
+        }
+        if (windows.showMainWindow) {
+            windows.showMainWindow();
+        }
+    });
+}
+
+void LogError(const QString& text) {
+    QFile log(QStringLiteral("errors.log"));
+    if (!log.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        return;
+    }
+    const QString entry =
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm")) +
+        QStringLiteral(" (v%1.%2.%3)")
+            .arg(Version::Major)
+            .arg(Version::Minor)
+            .arg(Version::Revision) +
+        QStringLiteral("\r\n\r\n") + text + QStringLiteral("\r\n\r\n");
+    log.write(entry.toUtf8());
+}
+
+void SelectComboItem(QComboBox* combo, qint32 id) {
+    for (int i = 0; i < combo->count(); ++i) {
+        if (combo->itemData(i).toLongLong() == id) {
+            combo->setCurrentIndex(i);
+            return;
+        }
+    }
+    combo->setCurrentIndex(-1);
+}
+
+QString ItemKey(const QTreeWidgetItem* item) {
+    return item ? item->data(0, KeyRole).toString() : QString();
+}
+
+void SelectListItem(QTreeWidget* list, const QString& key) {
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+        QTreeWidgetItem* item = list->topLevelItem(i);
+        if (ItemKey(item) == key) {
+            list->setCurrentItem(item);
+            list->scrollToItem(item);
+            return;
+        }
+    }
+}
+
+namespace {
+QTreeWidgetItem* NextSibling(QTreeWidgetItem* node) {
+    QTreeWidgetItem* parent = node->parent();
+    if (parent) {
+        return parent->child(parent->indexOfChild(node) + 1);
+    }
+    QTreeWidget* tree = node->treeWidget();
+    return tree ? tree->topLevelItem(tree->indexOfTopLevelItem(node) + 1) : nullptr;
+}
+}  // namespace
+
+QTreeWidgetItem* SelectNodesItem(QTreeWidgetItem* node, const QString& key) {
+    // The order of a recursive search through first child, then next sibling, kept on an
+    // explicit stack so that long lists of siblings cannot exhaust the call stack.
+    std::vector<QTreeWidgetItem*> pending{node};
+    while (!pending.empty()) {
+        QTreeWidgetItem* current = pending.back();
+        pending.pop_back();
+        if (!current) {
+            continue;
+        }
+        if (ItemKey(current) == key) {
+            return current;
+        }
+        pending.push_back(NextSibling(current));
+        pending.push_back(current->childCount() > 0 ? current->child(0) : nullptr);
+    }
+    return nullptr;
+}
+
+void SelectTreeViewItem(QTreeWidget* tree, const QString& key) {
+    if (tree->topLevelItemCount() == 0) {
+        return;
+    }
+    if (QTreeWidgetItem* found = SelectNodesItem(tree->topLevelItem(0), key)) {
+        tree->setCurrentItem(found);
+    }
+}
+
+bool IsNumeric(const QString& text) {
+    for (const QChar c : text) {
+        if (c < QLatin1Char('0') || c > QLatin1Char('9')) {
+            return false;
+        }
+    }
+    return true;
+}
+
+QString RemoveQuotes(const QString& text) {
+    return QString(text).remove(QLatin1Char('\''));
+}
+
+void OpenRegisteredFile(const QString& fileName) {
+    QString installDir = modRegistry::GetRegistryString(
+        modRegistry::ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
+    if (!installDir.endsWith(QLatin1Char('/'))) {
+        installDir += QLatin1Char('/');
+    }
+    UiServices::Open(fileName, installDir);
+}
+
+}  // namespace modGeneral

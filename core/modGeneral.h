@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+#include <functional>
+
+class QComboBox;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+// Start-up, the program-wide settings values, the error log and the helpers that several
+// windows share.
+namespace modGeneral {
+
+// Program-wide settings values (read by Main, changed by the settings dialog).
+extern QString ServerName;
+extern QString DatabaseName;
+extern QString TempFilename;
+extern QString Username;
+extern QString Password;
+extern qint32 DatabaseType;  // 1 = database file, 2 = database server
+
+// The key saved by the last entry dialog or the editor; -1 after a cancel.
+extern qint32 lngLastID;
+
+// The item data role under which list entries and tree nodes keep their key ("G12", "I5").
+constexpr int KeyRole = Qt::UserRole + 1;
+
+// The system's temporary folder without its final separator ("/" when it has none).
+QString TemporaryFolder();
+// Default path of the display file at start-up.
+QString DefaultTempFilename();
+// Where the program's data (documentation, sample database) lives when InstallDir is not set.
+QString DefaultInstallDir();
+
+// Reads the settings values with their start-up defaults.
+void ReadSettings();
+
+// The windows that Main shows; the settings dialog is shown only when no connection works.
+struct StartupWindows {
+    std::function<void()> showSettingsDialog;
+    std::function<void()> showMainWindow;
+};
+// The program's entry procedure. Returns false when the program is to end at once.
+bool Main(const StartupWindows& windows);
+
+// Appends one entry to "errors.log" in the current folder; never fails.
+void LogError(const QString& text);
+
+// Selects the entry of a drop-down list whose item data equals `id`; none when no entry has it.
+void SelectComboItem(QComboBox* combo, qint32 id);
+// Selects the row of a list view whose key equals `key` and scrolls it into view.
+void SelectListItem(QTreeWidget* list, const QString& key);
+// Depth-first search from `node` through its children and its following siblings.
+QTreeWidgetItem* SelectNodesItem(QTreeWidgetItem* node, const QString& key);
+// Selects the node of the tree whose key equals `key`; the selection stays when none has it.
+void SelectTreeViewItem(QTreeWidget* tree, const QString& key);
+// The key of a list entry or tree node.
+QString ItemKey(const QTreeWidgetItem* item);
+
+// True when every character is a digit 0 to 9 (so also for the empty text).
+bool IsNumeric(const QString& text);
+// The text without apostrophes.
+QString RemoveQuotes(const QString& text);
+// Opens a document (relative to the installation folder) or a link with the desktop's program.
+void OpenRegisteredFile(const QString& fileName);
+
+}  // namespace modGeneral

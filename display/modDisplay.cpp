@@ -1,0 +1,199 @@
+#include "display/modDisplay.h"
+
+#include <QSaveFile>
+
+#include "core/AppError.h"
+#include "core/Windows1250.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+
+namespace modDisplay {
+namespace {
+
+using modDatabase::GetRecordset;
+using modDatabase::NullToStr;
+
+QString PageHead(const QString& title, bool withTableRule) {
+    return QStringLiteral("<html><head><title>") + title +
+           QStringLiteral(
+               "</title>"
+               "<meta http-equiv=\"Content-Type\" "
+               "content=\"text/html; charset=windows-1250\">"
+               "<style type=\"text/css\"><!--"
+               "body{font-family:verdana;font-size:12px;}"
+               "h1{font-size:22px;}"
+               "h2{font-size:18px;}"
+               "h3{font-size:14px;margin-bottom:5px;}") +
+           (withTableRule ? QStringLiteral("table{font-family:verdana;font-size:12px;}")
+                          : QString()) +
+           QStringLiteral("--></style></head><body>");
+}
+
+// Trims blanks (the space character only) at both ends.
+QString TrimBlanks(const QString& text) {
+    qsizetype start = 0;
+    qsizetype end = text.size();
+    while (start < end && text[start] == QLatin1Char(' ')) {
+        ++start;
+    }
+    while (end > start && text[end - 1] == QLatin1Char(' ')) {
+        --end;
+    }
+    return text.mid(start, end - start);
+}
+
+QString IngredientLines(const QVariant& sectionID) {
+    Recordset rs = GetRecordset(
+        QStringLiteral(
+            "SELECT [SectionIngredient].sectionID, [SectionIngredient].amount, [Unit].name AS "
+            "unitName, [Ingredient].name AS ingredientName FROM ([SectionIngredient] INNER JOIN "
+            "[Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) INNER "
+            "JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE sectionID = ") +
+        NullToStr(sectionID));
+    QString lines;
+    for (; !rs.Eof(); rs.MoveNext()) {
+        lines += NullToStr(rs.Fields(QStringLiteral("amount"))) + QLatin1Char(' ') +
+                 NullToStr(rs.Fields(QStringLiteral("unitName"))) + QLatin1Char(' ') +
+                 NullToStr(rs.Fields(QStringLiteral("ingredientName"))) + QStringLiteral("<br>");
+    }
+    rs.Close();
+    return lines;
+}
+
+QString Sections(qint32 recipeID) {
+    Recordset rs = GetRecordset(
+        QStringLiteral("SELECT [RecipeSection].recipeID, [Section].sectionID, [Section].title, "
+                       "[Section].instructions, [RecipeSection].place FROM [RecipeSection] INNER "
+                       "JOIN [Section] ON [RecipeSection].sectionID = [Section].sectionID WHERE "
+                       "recipeID = ") +
+        QString::number(recipeID) + QStringLiteral(" ORDER BY place;"));
+    QString page;
+    for (; !rs.Eof(); rs.MoveNext()) {
+        const QVariant title = rs.Fields(QStringLiteral("title"));
+        if (!title.isNull()) {
+            page += QStringLiteral("<h2>") + title.toString() + QStringLiteral("</h2>");
+        }
+        page += QStringLiteral("<h3>Sestavine:</h3>");
+        page += IngredientLines(rs.Fields(QStringLiteral("sectionID")));
+        const QString instructions =
+            TrimBlanks(NullToStr(rs.Fields(QStringLiteral("instructions"))));
+        if (!instructions.isEmpty()) {
+            page += QStringLiteral("<h3>Potek dela:</h3>") +
+                    QString(instructions).replace(QStringLiteral("\r\n"), QStringLiteral("<br>"));
+        }
+    }
+    rs.Close();
+    return page;
+}
+
+QString RecipeRows(const QString& typeID) {
+    Recordset rs =
+        GetRecordset(QStringLiteral("SELECT title, recipeID FROM [Recipe] WHERE typeID = ") +
+                     typeID + QStringLiteral(" ORDER BY title;"));
+    QString rows = QStringLiteral("<table width=\"100%\" border=\"0\">");
+    for (; !rs.Eof(); rs.MoveNext()) {
+        rows += QStringLiteral("<tr><td>") + NullToStr(rs.Fields(QStringLiteral("title"))) +
+                QStringLiteral("</td><td align=\"right\">") +
+                NullToStr(rs.Fields(QStringLiteral("recipeID"))) + QStringLiteral("</td></tr>");
+    }
+    rs.Close();
+    return rows;
+}
+
+}  // namespace
+
+QString RecipePage(qint32 recipeID) {
+    const QString id = QString::number(recipeID);
+    Recordset rs = GetRecordset(
+        QStringLiteral("SELECT [Recipe].recipeID, [Recipe].title, [Type].name AS typeName, "
+                       "[Group].name AS groupName, [Source].name AS sourceName FROM (([Recipe] "
+                       "INNER JOIN [Type] ON [Recipe].typeID = [Type].typeID) INNER JOIN [Group] "
+                       "ON [Type].groupID = [Group].groupID) LEFT OUTER JOIN [Source] ON "
+                       "[Recipe].sourceID = [Source].sourceID WHERE recipeID = ") +
+        id + QStringLiteral(";"));
+    const QString title = rs.Text(QStringLiteral("Title"));
+    const QString typeName = rs.Text(QStringLiteral("TypeName"));
+    const QString groupName = rs.Text(QStringLiteral("groupName"));
+    const QVariant sourceName = rs.Fields(QStringLiteral("sourceName"));
+    rs.Close();
+
+    QString page = PageHead(id + QStringLiteral(" - ") + title, false);
+    page += groupName + QStringLiteral(" - ") + typeName + QStringLiteral("<br>Recept št. ") + id +
+            QStringLiteral("<br>");
+    if (!sourceName.isNull()) {
+        page += QStringLiteral("Vir: ") + sourceName.toString();
+    }
+    page += QStringLiteral("<h1>") + title + QStringLiteral("</h1>");
+    page += Sections(recipeID);
+    page += QStringLiteral("</table></body></html>");
+    return page;
+}
+
+QString TypePage(qint32 typeID) {
+    const QString id = QString::number(typeID);
+    Recordset rs = GetRecordset(
+        QStringLiteral("SELECT [Group].name AS groupName, [Type].name as typeName, "
+                       "[Type].description FROM [Type] INNER JOIN [Group] ON [Type].groupID = "
+                       "[Group].groupID WHERE [Type].typeID = ") +
+        id + QStringLiteral(";"));
+    const QString title = NullToStr(rs.Fields(QStringLiteral("groupName"))) +
+                          QStringLiteral(" - ") + NullToStr(rs.Fields(QStringLiteral("typeName")));
+    const QString description = NullToStr(rs.Fields(QStringLiteral("description")));
+    rs.Close();
+
+    QString page = PageHead(title, true);
+    page += QStringLiteral("<h1>") + title + QStringLiteral("</h1>") + description;
+    page += RecipeRows(id);
+    page += QStringLiteral("</table></body></html>");
+    return page;
+}
+
+QString GroupPage(qint32 groupID) {
+    const QString id = QString::number(groupID);
+    Recordset rs =
+        GetRecordset(QStringLiteral("SELECT name, description FROM [Group] WHERE groupID = ") + id +
+                     QStringLiteral(";"));
+    const QString title = rs.Text(QStringLiteral("name"));
+    const QString description = NullToStr(rs.Fields(QStringLiteral("description")));
+    rs.Close();
+
+    QString page = PageHead(title, true);
+    page += QStringLiteral("<h1>") + title + QStringLiteral("</h1>") + description;
+    Recordset types = GetRecordset(
+        QStringLiteral("SELECT typeID, name, description FROM [Type] WHERE groupID = ") + id +
+        QStringLiteral(" ORDER BY name;"));
+    for (; !types.Eof(); types.MoveNext()) {
+        page += QStringLiteral("<h2>") + NullToStr(types.Fields(QStringLiteral("name"))) +
+                QStringLiteral("</h1>") + NullToStr(types.Fields(QStringLiteral("description")));
+        page += RecipeRows(NullToStr(types.Fields(QStringLiteral("typeID"))));
+        page += QStringLiteral("</table>");
+    }
+    types.Close();
+    page += QStringLiteral("</body></html>");
+    return page;
+}
+
+void WriteDisplayFile(const QString& page) {
+    QSaveFile file(modGeneral::TempFilename);
+    if (!file.open(QIODevice::WriteOnly)) {
+        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(file.errorString()));
+    }
+    const QByteArray bytes = Windows1250::Encode(page);
+    if (file.write(bytes) != bytes.size() || !file.commit()) {
+        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(file.errorString()));
+    }
+}
+
+void DisplayRecipe(qint32 recipeID) {
+    ErrorPath::PassOn("modDisplay:DisplayRecipe", [&] { WriteDisplayFile(RecipePage(recipeID)); });
+}
+
+void DisplayType(qint32 typeID) {
+    ErrorPath::PassOn("modDisplay:DisplayType", [&] { WriteDisplayFile(TypePage(typeID)); });
+}
+
+void DisplayGroup(qint32 groupID) {
+    ErrorPath::PassOn("modDisplay:DisplayGroup", [&] { WriteDisplayFile(GroupPage(groupID)); });
+}
+
+}  // namespace modDisplay

@@ -1,0 +1,231 @@
+#include "tools/ToolCommands.h"
+
+#include <QFile>
+#include <QMap>
+#include <optional>
+
+#include "core/AppError.h"
+#include "core/SampleDatabase.h"
+#include "core/Schema.h"
+#include "core/SyntheticDatabase.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+#include "display/modDisplay.h"
+
+namespace ToolCommands {
+namespace {
+
+const char* const HelpText =
+    "Uporaba: morvena-tool UKAZ [MOŽNOSTI]\n"
+    "\n"
+    "Orodje za zbirke receptov programa Morvena.\n"
+    "\n"
+    "Ukazi:\n"
+    "  create-db [--sample] DATOTEKA\n"
+    "      Ustvari novo prazno zbirko podatkov v datoteki (z --sample z vzorčnimi recepti).\n"
+    "  create-db [--sample] --server STREŽNIK --database ZBIRKA [--user IME] [--password GESLO]\n"
+    "      Vpiše shemo (in vzorčne recepte) v obstoječo prazno zbirko na strežniku PostgreSQL.\n"
+    "      STREŽNIK je ime gostitelja, po želji z vrati: localhost:5432.\n"
+    "  page R|T|G ŠTEVILKA [--output DATOTEKA] [--database DATOTEKA]\n"
+    "      Zapiše stran recepta (R), podskupine (T) ali skupine (G) natanko tako, kot jo program\n"
+    "      zapiše v začasno datoteko. Privzeto uporabi zbirko in začasno datoteko iz nastavitev.\n"
+    "  generate DATOTEKA --recipes N\n"
+    "  generate --server STREŽNIK --database ZBIRKA [--user IME] [--password GESLO] --recipes N\n"
+    "      Ustvari umetno zbirko z N recepti za merjenje hitrosti (vedno enako za isti N).\n"
+    "  --help\n"
+    "      Izpiše to pomoč.\n"
+    "\n"
+    "Izhodna koda: 0 uspeh, 1 zbirke ni bilo mogoče odpreti ali delo ni uspelo, 2 napačni "
+    "argumenti.\n";
+
+struct Arguments {
+    QStringList positional;
+    QMap<QString, QString> options;  // "--name" -> value
+    bool sample = false;
+};
+
+// Splits the arguments; options with a value are listed in `valued`.
+std::optional<Arguments> Parse(const QStringList& arguments, const QStringList& valued,
+                               QString& problem) {
+    Arguments parsed;
+    for (int i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (argument == QLatin1String("--sample")) {
+            parsed.sample = true;
+        } else if (valued.contains(argument)) {
+            if (i + 1 >= arguments.size()) {
+                problem = QStringLiteral("Možnost %1 potrebuje vrednost.").arg(argument);
+                return std::nullopt;
+            }
+            parsed.options.insert(argument, arguments[++i]);
+        } else if (argument.startsWith(QLatin1String("--"))) {
+            problem = QStringLiteral("Neznana možnost: %1").arg(argument);
+            return std::nullopt;
+        } else {
+            parsed.positional << argument;
+        }
+    }
+    return parsed;
+}
+
+int Usage(QTextStream& err, const QString& problem) {
+    err << problem << " (morvena-tool --help)" << Qt::endl;
+    return BadArguments;
+}
+
+int Failure(QTextStream& err, const QString& message) {
+    err << message << Qt::endl;
+    return Failed;
+}
+
+QString ErrorText() {
+    const AppError error = ErrorPath::Current();
+    return error.Source() + QStringLiteral("->") + error.Description();
+}
+
+// The empty database named by the arguments: a new file, or an empty database on a server.
+std::shared_ptr<modDatabase::DbConnection> EmptyDatabase(const Arguments& args) {
+    if (args.options.contains(QStringLiteral("--server"))) {
+        return std::make_shared<modDatabase::DbConnection>(
+            modDatabase::ServerDatabase,
+            modDatabase::BuildConnectionString(modDatabase::ServerDatabase,
+                                               args.options.value(QStringLiteral("--server")),
+                                               args.options.value(QStringLiteral("--database")),
+                                               args.options.value(QStringLiteral("--user")),
+                                               args.options.value(QStringLiteral("--password"))));
+    }
+    return std::make_shared<modDatabase::DbConnection>(
+        modDatabase::FileDatabase,
+        modDatabase::BuildConnectionString(modDatabase::FileDatabase, QString(),
+                                           args.positional.value(1), QString(), QString()));
+}
+
+const QStringList DatabaseOptions{"--server", "--database", "--user", "--password"};
+
+bool NamesOneDatabase(const Arguments& args, int positionalBesideCommand) {
+    const bool server = args.options.contains(QStringLiteral("--server"));
+    const bool expectedPositional = args.positional.size() == 1 + (server ? 0 : 1);
+    return expectedPositional && positionalBesideCommand >= 0 &&
+           (!server || args.options.contains(QStringLiteral("--database")));
+}
+
+int CreateDatabase(const QStringList& arguments, QTextStream& out, QTextStream& err) {
+    QString problem;
+    const auto args = Parse(arguments, DatabaseOptions, problem);
+    if (!args) {
+        return Usage(err, problem);
+    }
+    if (!NamesOneDatabase(*args, 0)) {
+        return Usage(err,
+                     QStringLiteral("create-db potrebuje datoteko ali --server in --database."));
+    }
+    auto connection = EmptyDatabase(*args);
+    connection->OpenEmpty();
+    if (connection->State() != modDatabase::adStateOpen) {
+        return Failure(err, connection->LastError());
+    }
+    try {
+        Schema::Create(*connection);
+        if (args->sample) {
+            modDatabase::Connection = connection;
+            SampleDatabase::Load(SampleDatabase::BuiltInText());
+        }
+    } catch (...) {
+        return Failure(err, ErrorText());
+    }
+    out << QStringLiteral("Zbirka podatkov je ustvarjena.") << Qt::endl;
+    return Done;
+}
+
+int Generate(const QStringList& arguments, QTextStream& out, QTextStream& err) {
+    QString problem;
+    const auto args = Parse(arguments, DatabaseOptions + QStringList{"--recipes"}, problem);
+    if (!args) {
+        return Usage(err, problem);
+    }
+    bool numeric = false;
+    const int recipes = args->options.value(QStringLiteral("--recipes")).toInt(&numeric);
+    if (!numeric || recipes < 0) {
+        return Usage(err,
+                     QStringLiteral("generate potrebuje --recipes N (celo število, 0 ali več)."));
+    }
+    if (args->sample || !NamesOneDatabase(*args, 0)) {
+        return Usage(err,
+                     QStringLiteral("generate potrebuje datoteko ali --server in --database."));
+    }
+    auto connection = EmptyDatabase(*args);
+    connection->OpenEmpty();
+    if (connection->State() != modDatabase::adStateOpen) {
+        return Failure(err, connection->LastError());
+    }
+    try {
+        Schema::Create(*connection);
+        SyntheticDatabase::Generate(*connection, recipes);
+    } catch (...) {
+        return Failure(err, ErrorText());
+    }
+    out << QStringLiteral("Ustvarjenih je %1 receptov.").arg(recipes) << Qt::endl;
+    return Done;
+}
+
+int Page(const QStringList& arguments, QTextStream& err) {
+    QString problem;
+    const auto args = Parse(arguments, {"--output", "--database"}, problem);
+    if (!args) {
+        return Usage(err, problem);
+    }
+    const QString kind = args->positional.value(1);
+    bool numeric = false;
+    const qint32 id = args->positional.value(2).toInt(&numeric);
+    if (args->sample || args->positional.size() != 3 || !numeric ||
+        !QStringList{"R", "T", "G"}.contains(kind)) {
+        return Usage(err, QStringLiteral("page potrebuje vrsto R, T ali G in številko zapisa."));
+    }
+    modGeneral::ReadSettings();
+    if (args->options.contains(QStringLiteral("--database"))) {
+        modGeneral::DatabaseType = modDatabase::FileDatabase;
+        modGeneral::DatabaseName = args->options.value(QStringLiteral("--database"));
+    }
+    if (args->options.contains(QStringLiteral("--output"))) {
+        modGeneral::TempFilename = args->options.value(QStringLiteral("--output"));
+    }
+    modDatabase::OpenConnection();
+    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
+        return Failure(err, modDatabase::Connection->LastError());
+    }
+    try {
+        if (kind == QLatin1String("R")) {
+            modDisplay::DisplayRecipe(id);
+        } else if (kind == QLatin1String("T")) {
+            modDisplay::DisplayType(id);
+        } else {
+            modDisplay::DisplayGroup(id);
+        }
+    } catch (...) {
+        return Failure(err, ErrorText());
+    }
+    return Done;
+}
+
+}  // namespace
+
+int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
+    const QString command = arguments.value(0);
+    if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
+        out << QString::fromUtf8(HelpText);
+        return Done;
+    }
+    if (command == QLatin1String("create-db")) {
+        return CreateDatabase(arguments, out, err);
+    }
+    if (command == QLatin1String("generate")) {
+        return Generate(arguments, out, err);
+    }
+    if (command == QLatin1String("page")) {
+        return Page(arguments, err);
+    }
+    return Usage(err, command.isEmpty() ? QStringLiteral("Manjka ukaz.")
+                                        : QStringLiteral("Neznan ukaz: %1").arg(command));
+}
+
+}  // namespace ToolCommands
