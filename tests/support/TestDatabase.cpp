@@ -1,0 +1,177 @@
+#include "tests/support/TestDatabase.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "core/Recordset.h"
+#include "core/Schema.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+
+namespace TestDatabase {
+namespace {
+
+QTemporaryDir& Work() {
+    static QTemporaryDir dir;
+    return dir;
+}
+
+QString ServerDatabaseName() {
+    return QStringLiteral("t_%1_%2")
+        .arg(QCoreApplication::applicationName().toLower().remove(QLatin1Char('-')))
+        .arg(QCoreApplication::applicationPid());
+}
+
+bool g_serverDatabaseCreated = false;
+
+// A connection of the tests' own, outside the program's shared connection.
+QSqlDatabase AdminConnection(const QString& database) {
+    const QString name = QStringLiteral("test-admin-") + database;
+    QSqlDatabase db = QSqlDatabase::contains(name)
+                          ? QSqlDatabase::database(name)
+                          : QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
+    const QString server = PostgresServer();
+    db.setHostName(server.section(QLatin1Char(':'), 0, 0));
+    db.setPort(server.section(QLatin1Char(':'), 1).toInt());
+    db.setDatabaseName(database);
+    db.setUserName(PostgresUser());
+    db.setPassword(PostgresPassword());
+    if (!db.isOpen() && !db.open()) {
+        qFatal("cannot reach the tests' PostgreSQL server %s: %s", qPrintable(server),
+               qPrintable(db.lastError().text()));
+    }
+    return db;
+}
+
+void Run(QSqlDatabase db, const QString& sql) {
+    QSqlQuery query(db);
+    if (!query.exec(sql)) {
+        qFatal("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
+    }
+}
+
+}  // namespace
+
+void AddKinds() {
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("sqlite") << Sqlite;
+    QTest::newRow("postgresql") << Postgres;
+}
+
+QString CurrentKind() {
+    const QString* kind = static_cast<const QString*>(QTest::qData("kind", qMetaTypeId<QString>()));
+    return kind ? *kind : Sqlite;
+}
+
+void IsolateEnvironment() {
+    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(WorkFolder() + QStringLiteral("/config")));
+    QDir::setCurrent(WorkFolder());
+}
+
+QString WorkFolder() { return Work().path(); }
+
+QString PostgresServer() {
+    QFile file(QStringLiteral(MORVENA_TEST_PG_ADDRESS_FILE));
+    if (!file.open(QIODevice::ReadOnly)) {
+        qFatal("the tests' PostgreSQL server is not running (%s missing); run the tests with ctest",
+               MORVENA_TEST_PG_ADDRESS_FILE);
+    }
+    return QString::fromUtf8(file.readAll()).trimmed();
+}
+
+QString PostgresUser() { return QStringLiteral("morvena"); }
+QString PostgresPassword() { return QStringLiteral("morvena-test"); }
+
+void CreatePostgresDatabase(const QString& name) {
+    QSqlDatabase admin = AdminConnection(QStringLiteral("postgres"));
+    Run(admin, QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name));
+    Run(admin, QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
+}
+
+void UseSettingsFor(const QString& kind, const QString& name) {
+    using namespace modGeneral;
+    if (kind == Postgres) {
+        DatabaseType = modDatabase::ServerDatabase;
+        ServerName = PostgresServer();
+        DatabaseName = name;
+        Username = PostgresUser();
+        Password = PostgresPassword();
+    } else {
+        DatabaseType = modDatabase::FileDatabase;
+        ServerName.clear();
+        DatabaseName = name;
+        Username.clear();
+        Password.clear();
+    }
+}
+
+void OpenFresh(const QString& kind) {
+    modDatabase::Connection.reset();
+    static int counter = 0;
+    if (kind == Postgres) {
+        const QString name = ServerDatabaseName();
+        if (!g_serverDatabaseCreated) {
+            CreatePostgresDatabase(name);
+            g_serverDatabaseCreated = true;
+        }
+        QSqlDatabase db = AdminConnection(name);
+        Run(db, QStringLiteral("DROP SCHEMA IF EXISTS public CASCADE"));
+        Run(db, QStringLiteral("CREATE SCHEMA public"));
+        UseSettingsFor(kind, name);
+    } else {
+        UseSettingsFor(kind, WorkFolder() + QStringLiteral("/db%1.sqlite").arg(++counter));
+    }
+    auto empty = std::make_shared<modDatabase::DbConnection>(
+        modGeneral::DatabaseType,
+        modDatabase::BuildConnectionString(modGeneral::DatabaseType, modGeneral::ServerName,
+                                           modGeneral::DatabaseName, modGeneral::Username,
+                                           modGeneral::Password));
+    empty->OpenEmpty();
+    if (empty->State() != modDatabase::adStateOpen) {
+        qFatal("cannot create a test database: %s", qPrintable(empty->LastError()));
+    }
+    Schema::Create(*empty);
+    empty.reset();
+    modDatabase::OpenConnection();
+    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
+        qFatal("cannot open the test database: %s",
+               qPrintable(modDatabase::Connection->LastError()));
+    }
+}
+
+void Exec(const QString& sql) { modDatabase::Execute(sql); }
+
+qint32 Insert(const QString& table, const QList<QPair<QString, QVariant>>& fields) {
+    Recordset rs = modDatabase::GetRecordset(QStringLiteral("SELECT * FROM [%1] WHERE %2 = 0;")
+                                                 .arg(table, table.left(1).toLower() + table.mid(1) +
+                                                                 QStringLiteral("ID")));
+    rs.AddNew();
+    for (const auto& [name, value] : fields) {
+        rs.SetField(name, value);
+    }
+    rs.Update();
+    const qint32 key = rs.Long(rs.FieldName(0));
+    rs.Close();
+    return key;
+}
+
+QStringList Rows(const QString& sql) {
+    Recordset rs = modDatabase::GetRecordset(sql);
+    QStringList rows;
+    for (; !rs.Eof(); rs.MoveNext()) {
+        QStringList fields;
+        for (int i = 0; i < rs.FieldCount(); ++i) {
+            const QVariant value = rs.Fields(i);
+            fields << (value.isNull() ? QStringLiteral("NULL") : value.toString());
+        }
+        rows << fields.join(QLatin1Char('|'));
+    }
+    return rows;
+}
+
+}  // namespace TestDatabase
