@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <QAtomicInt>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -219,6 +220,12 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
 
 void OpenConnection() {
     using namespace modGeneral;
+    // The shared connection must go before the database library's own registry does.
+    static const bool releasedAtExit = [] {
+        qAddPostRoutine([] { Connection.reset(); });
+        return true;
+    }();
+    Q_UNUSED(releasedAtExit);
     try {
         Connection = std::make_shared<DbConnection>(
             DatabaseType,

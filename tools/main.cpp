@@ -1,7 +1,6 @@
 #include <QCoreApplication>
 #include <QTextStream>
 
-#include "core/modDatabase.h"
 #include "tools/ToolCommands.h"
 
 int main(int argc, char* argv[]) {
@@ -10,7 +9,5 @@ int main(int argc, char* argv[]) {
     QTextStream err(stderr);
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
-    const int exitCode = ToolCommands::Run(arguments, out, err);
-    modDatabase::Connection.reset();
-    return exitCode;
+    return ToolCommands::Run(arguments, out, err);
 }

@@ -1,0 +1,458 @@
+// Every SQL text that the program runs, with keys and values filled in, runs unchanged on both
+// kinds of database and gives the same rows.
+#include <QTest>
+
+#include "core/modDatabase.h"
+#include "tests/support/TestDatabase.h"
+
+namespace {
+
+struct Case {
+    const char* name;
+    const char* sql;
+    QStringList rows;
+    bool ordered;  // the statement fixes the order of its rows
+};
+
+const QString SearchBase = QStringLiteral(
+    "SELECT [title], [recipeID], [Group].[name] AS [groupName], [Type].[name] AS typeName FROM "
+    "(([Recipe] INNER JOIN [Type] ON [Recipe].[typeID] = [Type].[typeID]) INNER JOIN [Group] ON "
+    "[Group].[groupID] = [Type].[groupID]) ");
+
+QList<Case> Cases() {
+    const QStringList allIngredients{"4|Čokolada|NULL", "2|korenje|NULL", "3|krompir|NULL",
+                                     "1|moka|NULL"};
+    const QStringList groups{"1|Juhe|Tople juhe\r\nin enolončnice", "2|Sladice|NULL"};
+    return {
+        // the recipe tree and the section picker
+        {"groups", "SELECT * FROM [Group] ORDER BY name;", groups, true},
+        {"types of group",
+         "SELECT * FROM [Type] WHERE groupID = 1 ORDER BY name;",
+         {"1|1|Mesne juhe|NULL", "2|1|Zelenjavne juhe|NULL"},
+         true},
+        {"recipes of type",
+         "SELECT * FROM [Recipe] WHERE typeID = 3 ORDER BY title;",
+         {"3|3|2|čokoladna torta"},
+         true},
+        {"titled sections of recipe",
+         "SELECT [Section].sectionID, [Section].title FROM [Section] INNER JOIN [RecipeSection] "
+         "ON [Section].sectionID = [RecipeSection].sectionID WHERE [Section].title IS NOT NULL "
+         "AND [RecipeSection].recipeID = 3 ORDER BY [RecipeSection].place;",
+         {"2|Testo", "3|Krema"},
+         true},
+        // deleting recipes, groups and types
+        {"sections of recipe",
+         "SELECT sectionID FROM [RecipeSection] WHERE recipeID = 3;",
+         {"2", "3"},
+         false},
+        {"recipe row",
+         "SELECT * FROM [Recipe] WHERE recipeID = 2;",
+         {"2|2|NULL|Korenčkova juha"},
+         true},
+        {"lines of section",
+         "SELECT * FROM [SectionIngredient] WHERE sectionID = 4;",
+         {"2|4|2|1|500", "3|4|3|1|200"},
+         false},
+        {"links of section",
+         "SELECT * FROM [RecipeSection] WHERE sectionID = 3;",
+         {"2|3|3|2"},
+         true},
+        {"section row",
+         "SELECT * FROM [Section] WHERE sectionID = 3;",
+         {"3|Krema|Stopimo ČOKOLADO."},
+         true},
+        {"types of group to delete",
+         "SELECT typeID FROM [Type] WHERE groupID = 1;",
+         {"1", "2"},
+         false},
+        {"group row", "SELECT * FROM [Group] WHERE groupID = 2;", {"2|Sladice|NULL"}, true},
+        {"recipes of type to delete",
+         "SELECT recipeID FROM [Recipe] WHERE typeID = 1;",
+         {"1"},
+         true},
+        {"type row", "SELECT * FROM [Type] WHERE typeID = 3;", {"3|2|Pecivo|NULL"}, true},
+        // pages
+        {"recipe page head",
+         "SELECT [Recipe].recipeID, [Recipe].title, [Type].name AS typeName, [Group].name AS "
+         "groupName, [Source].name AS sourceName FROM (([Recipe] INNER JOIN [Type] ON "
+         "[Recipe].typeID = [Type].typeID) INNER JOIN [Group] ON [Type].groupID = "
+         "[Group].groupID) LEFT OUTER JOIN [Source] ON [Recipe].sourceID = [Source].sourceID "
+         "WHERE recipeID = 3;",
+         {"3|čokoladna torta|Pecivo|Sladice|Knjiga"},
+         true},
+        {"recipe page head without source",
+         "SELECT [Recipe].recipeID, [Recipe].title, [Type].name AS typeName, [Group].name AS "
+         "groupName, [Source].name AS sourceName FROM (([Recipe] INNER JOIN [Type] ON "
+         "[Recipe].typeID = [Type].typeID) INNER JOIN [Group] ON [Type].groupID = "
+         "[Group].groupID) LEFT OUTER JOIN [Source] ON [Recipe].sourceID = [Source].sourceID "
+         "WHERE recipeID = 2;",
+         {"2|Korenčkova juha|Zelenjavne juhe|Juhe|NULL"},
+         true},
+        {"recipe page sections",
+         "SELECT [RecipeSection].recipeID, [Section].sectionID, [Section].title, "
+         "[Section].instructions, [RecipeSection].place FROM [RecipeSection] INNER JOIN "
+         "[Section] ON [RecipeSection].sectionID = [Section].sectionID WHERE recipeID = 3 ORDER "
+         "BY place;",
+         {"3|2|Testo|Zamesimo.|1", "3|3|Krema|Stopimo ČOKOLADO.|2"},
+         true},
+        {"recipe page lines",
+         "SELECT [SectionIngredient].sectionID, [SectionIngredient].amount, [Unit].name AS "
+         "unitName, [Ingredient].name AS ingredientName FROM ([SectionIngredient] INNER JOIN "
+         "[Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) INNER "
+         "JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE sectionID = 4",
+         {"4|200|g|krompir", "4|500|g|korenje"},
+         false},
+        {"subgroup page head",
+         "SELECT [Group].name AS groupName, [Type].name as typeName, [Type].description FROM "
+         "[Type] INNER JOIN [Group] ON [Type].groupID = [Group].groupID WHERE [Type].typeID = 2;",
+         {"Juhe|Zelenjavne juhe|NULL"},
+         true},
+        {"subgroup page rows",
+         "SELECT title, recipeID FROM [Recipe] WHERE typeID = 2 ORDER BY title;",
+         {"Korenčkova juha|2"},
+         true},
+        {"group page head",
+         "SELECT name, description FROM [Group] WHERE groupID = 1;",
+         {"Juhe|Tople juhe\r\nin enolončnice"},
+         true},
+        {"group page types",
+         "SELECT typeID, name, description FROM [Type] WHERE groupID = 1 ORDER BY name;",
+         {"1|Mesne juhe|NULL", "2|Zelenjavne juhe|NULL"},
+         true},
+        // the recipe editor
+        {"editor sections",
+         "SELECT sectionID FROM [RecipeSection] WHERE recipeID = 3 ORDER BY place;",
+         {"2", "3"},
+         true},
+        {"editor recipe",
+         "SELECT [Type].groupID, Recipe.* FROM [Recipe] INNER JOIN [Type] ON [Type].typeID = "
+         "[Recipe].typeID WHERE recipeID = 3;",
+         {"2|3|3|2|čokoladna torta"},
+         true},
+        {"editor section",
+         "SELECT title, instructions FROM [Section] WHERE sectionID = 4;",
+         {"NULL| "},
+         true},
+        {"editor section lines",
+         "SELECT [SectionIngredient].amount, [Ingredient].ingredientID, [Ingredient].name AS "
+         "ingredientName, [Unit].unitID, [Unit].name AS unitName FROM ([SectionIngredient] INNER "
+         "JOIN [Ingredient] ON [Ingredient].ingredientID = [SectionIngredient].ingredientID) "
+         "INNER JOIN [Unit] ON Unit.unitID = [SectionIngredient].unitID WHERE sectionID = 3;",
+         {"2|4|Čokolada|2|žlica"},
+         true},
+        {"new recipe row", "SELECT * FROM [Recipe] WHERE recipeID = -1;", {}, true},
+        {"new section row", "SELECT * FROM [Section] WHERE sectionID = 0;", {}, true},
+        {"new link row", "SELECT * FROM [RecipeSection] WHERE recipeSectionID = 0;", {}, true},
+        {"new line row",
+         "SELECT * FROM [SectionIngredient] WHERE sectionIngredientID = 0;",
+         {},
+         true},
+        {"editor sources",
+         "SELECT * FROM [Source] ORDER BY name;",
+         {"1|Babičina kuharica|NULL", "2|Knjiga|NULL"},
+         true},
+        {"editor units", "SELECT * FROM [Unit] ORDER BY name;", {"1|g|NULL", "2|žlica|NULL"}, true},
+        {"editor ingredients filtered",
+         "SELECT * FROM [Ingredient] WHERE name LIKE '%K%' ORDER BY name;", allIngredients, true},
+        {"editor ingredients unfiltered",
+         "SELECT * FROM [Ingredient] WHERE name LIKE '%%' ORDER BY name;", allIngredients, true},
+        // record entry dialog
+        {"load source", "SELECT * FROM [Source] WHERE sourceID = 2", {"2|Knjiga|NULL"}, true},
+        {"load group", "SELECT * FROM [Group] WHERE groupID = 1", {groups[0]}, true},
+        {"load type", "SELECT * FROM [Type] WHERE typeID = 1", {"1|1|Mesne juhe|NULL"}, true},
+        {"load unit", "SELECT * FROM [Unit] WHERE unitID = 2", {"2|žlica|NULL"}, true},
+        {"load ingredient",
+         "SELECT * FROM [Ingredient] WHERE ingredientID = 4",
+         {"4|Čokolada|NULL"},
+         true},
+        {"duplicate source",
+         "SELECT * FROM [Source]WHERE name = 'knjiga' AND sourceID <> -1;",
+         {"2|Knjiga|NULL"},
+         true},
+        {"same source edited",
+         "SELECT * FROM [Source]WHERE name = 'Knjiga' AND sourceID <> 2;",
+         {},
+         true},
+        {"duplicate group",
+         "SELECT * FROM [Group]WHERE name = 'JUHE' AND groupID <> -1;",
+         {groups[0]},
+         true},
+        {"duplicate type in group",
+         "SELECT * FROM [Type]WHERE name = 'pecivo' AND typeID <> -1 AND groupID = 2;",
+         {"3|2|Pecivo|NULL"},
+         true},
+        {"same name in another group",
+         "SELECT * FROM [Type]WHERE name = 'pecivo' AND typeID <> -1 AND groupID = 1;",
+         {},
+         true},
+        {"duplicate unit",
+         "SELECT * FROM [Unit]WHERE name = 'ŽLICA' AND unitID <> -1;",
+         {"2|žlica|NULL"},
+         true},
+        {"duplicate ingredient",
+         "SELECT * FROM [Ingredient]WHERE name = 'čokolada' AND ingredientID <> -1;",
+         {"4|Čokolada|NULL"},
+         true},
+        // list editor and replacement
+        {"list sources",
+         "SELECT * FROM [Source] WHERE name LIKE '%%' ORDER BY name;",
+         {"1|Babičina kuharica|NULL", "2|Knjiga|NULL"},
+         true},
+        {"list units filtered",
+         "SELECT * FROM [Unit] WHERE name LIKE '%Ž%' ORDER BY name;",
+         {"2|žlica|NULL"},
+         true},
+        {"list ingredients",
+         "SELECT * FROM [Ingredient] WHERE name LIKE '%ok%' ORDER BY name;",
+         {"4|Čokolada|NULL", "1|moka|NULL"},
+         true},
+        {"recipes of source", "SELECT recipeID FROM [Recipe] WHERE sourceID = 1;", {"1"}, true},
+        {"lines of unit",
+         "SELECT sectionIngredientID FROM [SectionIngredient] WHERE unitID = 1;",
+         {"1", "2", "3", "4"},
+         false},
+        {"lines of ingredient",
+         "SELECT sectionIngredientID FROM [SectionIngredient] WHERE ingredientID = 1;",
+         {"1", "4"},
+         false},
+        {"record to delete", "SELECT * FROM [Source] WHERE sourceID = 2;", {"2|Knjiga|NULL"}, true},
+        {"replacement candidates",
+         "SELECT * FROM [Unit] WHERE unitID <> 1 ORDER BY name;",
+         {"2|žlica|NULL"},
+         true},
+        {"referring rows",
+         "SELECT * FROM [SectionIngredient] WHERE unitID = 2",
+         {"5|3|4|2|2"},
+         true},
+        // search: offered values
+        {"offered groups",
+         "SELECT DISTINCT [name] FROM [Group] WHERE [name] LIKE '%E%' ORDER BY [name];",
+         {"Juhe", "Sladice"},
+         true},
+        {"offered types",
+         "SELECT DISTINCT [name] FROM [Type] WHERE [name] LIKE '%JUHE%' ORDER BY [name];",
+         {"Mesne juhe", "Zelenjavne juhe"},
+         true},
+        {"offered titles",
+         "SELECT DISTINCT [title] FROM [Recipe] WHERE [title] LIKE '%juha%' ORDER BY [title];",
+         {"Goveja juha", "Korenčkova juha"},
+         true},
+        {"offered section titles",
+         "SELECT DISTINCT [title] FROM [Section] WHERE [title] LIKE '%%' ORDER BY [title];",
+         {"Krema", "Testo"},
+         true},
+        {"offered ingredients",
+         "SELECT DISTINCT [name] FROM [Ingredient] WHERE [name] LIKE '%o%' ORDER BY [name];",
+         {"Čokolada", "korenje", "krompir", "moka"},
+         true},
+        {"offered method texts",
+         "SELECT DISTINCT [name] FROM [Group] WHERE [groupID] = -1;",
+         {},
+         true},
+    };
+}
+
+// Search queries: the generated text behind the base query.
+QList<QPair<const char*, QString>> SearchTails() {
+    return {
+        {"search without criteria", QStringLiteral(" ORDER BY [title] ASC;")},
+        {"search worked example",
+         QStringLiteral(
+             " WHERE (([Group].[name] LIKE '%juhe%')) AND ((recipeID IN (SELECT DISTINCT recipeID "
+             "FROM (([SectionIngredient] INNER JOIN [RecipeSection] ON "
+             "[SectionIngredient].sectionID = [RecipeSection].sectionID) INNER JOIN [Ingredient] "
+             "ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) WHERE "
+             "[Ingredient].name LIKE '%korenje%')) OR (recipeID IN (SELECT DISTINCT recipeID FROM "
+             "(([SectionIngredient] INNER JOIN [RecipeSection] ON [SectionIngredient].sectionID = "
+             "[RecipeSection].sectionID) INNER JOIN [Ingredient] ON "
+             "[SectionIngredient].ingredientID "
+             "= [Ingredient].ingredientID) WHERE [Ingredient].name LIKE '%krompir%'))) ORDER BY "
+             "[title] ASC;")},
+        {"search title by key descending",
+         QStringLiteral(" WHERE (([title] LIKE '%ČOKOLAD%')) ORDER BY [recipeID] DESC;")},
+        {"search type any value by group",
+         QStringLiteral(" WHERE (([Type].[name] LIKE '%mesne%') OR ([Type].[name] LIKE "
+                        "'%pecivo%')) ORDER BY [Group].[name] ASC;")},
+        {"search section title by type descending",
+         QStringLiteral(" WHERE ((recipeID IN (SELECT DISTINCT recipeID FROM ([Section] INNER JOIN "
+                        "[RecipeSection] ON [Section].sectionID = [RecipeSection].sectionID) WHERE "
+                        "[Section].title LIKE '%KREM%'))) ORDER BY [Type].[name] DESC;")},
+        {"search method text",
+         QStringLiteral(" WHERE ((recipeID IN (SELECT DISTINCT recipeID FROM ([Section] INNER JOIN "
+                        "[RecipeSection] ON [Section].sectionID = [RecipeSection].sectionID) WHERE "
+                        "[Section].instructions LIKE '%čokolado%'))) ORDER BY [title] ASC;")},
+    };
+}
+
+QMap<QString, QStringList> SearchRows() {
+    const QString torta = QStringLiteral("čokoladna torta|3|Sladice|Pecivo");
+    const QString goveja = QStringLiteral("Goveja juha|1|Juhe|Mesne juhe");
+    const QString korenckova = QStringLiteral("Korenčkova juha|2|Juhe|Zelenjavne juhe");
+    return {
+        {"search without criteria", {torta, goveja, korenckova}},
+        {"search worked example", {korenckova}},
+        {"search title by key descending", {torta}},
+        {"search type any value by group", {goveja, torta}},
+        {"search section title by type descending", {torta}},
+        {"search method text", {torta}},
+    };
+}
+
+void LoadCollection() {
+    using TestDatabase::Insert;
+    Insert("Group", {{"name", "Juhe"}, {"description", "Tople juhe\r\nin enolončnice"}});
+    Insert("Group", {{"name", "Sladice"}});
+    Insert("Type", {{"groupID", 1}, {"name", "Mesne juhe"}});
+    Insert("Type", {{"groupID", 1}, {"name", "Zelenjavne juhe"}});
+    Insert("Type", {{"groupID", 2}, {"name", "Pecivo"}});
+    Insert("Source", {{"name", "Babičina kuharica"}});
+    Insert("Source", {{"name", "Knjiga"}});
+    Insert("Unit", {{"name", "g"}});
+    Insert("Unit", {{"name", "žlica"}});
+    for (const char* name : {"moka", "korenje", "krompir", "Čokolada"}) {
+        Insert("Ingredient", {{"name", name}});
+    }
+    Insert("Recipe", {{"typeID", 1}, {"sourceID", 1}, {"title", "Goveja juha"}});
+    Insert("Recipe", {{"typeID", 2}, {"title", "Korenčkova juha"}});
+    Insert("Recipe", {{"typeID", 3}, {"sourceID", 2}, {"title", "čokoladna torta"}});
+    Insert("Section", {{"instructions", "Skuhamo."}});
+    Insert("Section", {{"title", "Testo"}, {"instructions", "Zamesimo."}});
+    Insert("Section", {{"title", "Krema"}, {"instructions", "Stopimo ČOKOLADO."}});
+    Insert("Section", {{"instructions", " "}});
+    const QList<QList<int>> links{{1, 1, 1}, {3, 3, 2}, {3, 2, 1}, {2, 4, 1}};
+    for (const QList<int>& link : links) {
+        Insert("RecipeSection",
+               {{"recipeID", link[0]}, {"sectionID", link[1]}, {"place", link[2]}});
+    }
+    const QList<QList<int>> lines{
+        {1, 1, 1, 100}, {4, 2, 1, 500}, {4, 3, 1, 200}, {2, 1, 1, 300}, {3, 4, 2, 2}};
+    for (const QList<int>& line : lines) {
+        Insert("SectionIngredient", {{"sectionID", line[0]},
+                                     {"ingredientID", line[1]},
+                                     {"unitID", line[2]},
+                                     {"amount", line[3]}});
+    }
+}
+
+}  // namespace
+
+class TestSqlTexts : public QObject {
+    Q_OBJECT
+
+  private Q_SLOTS:
+    void initTestCase() { TestDatabase::IsolateEnvironment(); }
+
+    void statementGivesTheSameRowsOnBothKinds_data() {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QStringList>("expected");
+        QTest::addColumn<bool>("ordered");
+        for (const QString& kind : {TestDatabase::Sqlite, TestDatabase::Postgres}) {
+            for (const Case& c : Cases()) {
+                QTest::addRow("%s: %s", qPrintable(kind), c.name)
+                    << kind << QString::fromUtf8(c.sql) << c.rows << c.ordered;
+            }
+            const QMap<QString, QStringList> searchRows = SearchRows();
+            for (const auto& [name, tail] : SearchTails()) {
+                QTest::addRow("%s: %s", qPrintable(kind), name)
+                    << kind << SearchBase + tail << searchRows.value(QString::fromUtf8(name))
+                    << true;
+            }
+        }
+    }
+    void statementGivesTheSameRowsOnBothKinds() {
+        QFETCH(QString, kind);
+        QFETCH(QString, sql);
+        QFETCH(QStringList, expected);
+        QFETCH(bool, ordered);
+        if (m_loadedKind != kind) {
+            TestDatabase::OpenFresh(kind);
+            LoadCollection();
+            m_loadedKind = kind;
+        }
+        QStringList rows = TestDatabase::Rows(sql);
+        if (!ordered) {
+            rows.sort();
+        }
+        QCOMPARE(rows, expected);
+    }
+
+    // The statements that write: saving a recipe, replacing references, deleting.
+    void writingStatements_data() { TestDatabase::AddKinds(); }
+    void writingStatements() {
+        QFETCH(QString, kind);
+        TestDatabase::OpenFresh(kind);
+        m_loadedKind.clear();
+        LoadCollection();
+        using modDatabase::GetRecordset;
+
+        Recordset recipe =
+            GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE recipeID = -1;"));
+        recipe.AddNew();
+        recipe.SetField(QStringLiteral("typeID"), 2);
+        recipe.SetField(QStringLiteral("Title"), QStringLiteral("Ričet"));
+        recipe.SetField(QStringLiteral("sourceID"), 1);
+        recipe.Update();
+        const qint32 recipeID = recipe.Long(QStringLiteral("recipeID"));
+        QCOMPARE(recipeID, 4);
+        Recordset section =
+            GetRecordset(QStringLiteral("SELECT * FROM [Section] WHERE sectionID = 0;"));
+        section.AddNew();
+        section.SetField(QStringLiteral("Title"), QVariant());
+        section.SetField(QStringLiteral("instructions"), QStringLiteral(" "));
+        section.Update();
+        Recordset link = GetRecordset(
+            QStringLiteral("SELECT * FROM [RecipeSection] WHERE recipeSectionID = 0;"));
+        link.AddNew();
+        link.SetField(QStringLiteral("recipeID"), recipeID);
+        link.SetField(QStringLiteral("sectionID"), section.Fields(QStringLiteral("sectionID")));
+        link.SetField(QStringLiteral("place"), 1);
+        link.Update();
+        Recordset line = GetRecordset(
+            QStringLiteral("SELECT * FROM [SectionIngredient] WHERE sectionIngredientID = 0;"));
+        line.AddNew();
+        line.SetField(QStringLiteral("sectionID"), section.Fields(QStringLiteral("sectionID")));
+        line.SetField(QStringLiteral("ingredientID"), QStringLiteral("3"));
+        line.SetField(QStringLiteral("amount"), QStringLiteral("250"));
+        line.SetField(QStringLiteral("unitID"), QStringLiteral("2"));
+        line.Update();
+        QCOMPARE(TestDatabase::Rows(QStringLiteral("SELECT * FROM [SectionIngredient] WHERE "
+                                                   "sectionID = 5;")),
+                 QStringList{"6|5|3|2|250"});
+
+        Recordset referring =
+            GetRecordset(QStringLiteral("SELECT * FROM [SectionIngredient] WHERE unitID = 2"));
+        for (; !referring.Eof(); referring.MoveNext()) {
+            referring.SetField(QStringLiteral("unitID"), qint32(1));
+            referring.Update();
+        }
+        Recordset unit = GetRecordset(QStringLiteral("SELECT * FROM [Unit] WHERE unitID = 2;"));
+        unit.Delete();
+        unit.Update();
+        QCOMPARE(TestDatabase::Rows(QStringLiteral(
+                     "SELECT sectionIngredientID FROM [SectionIngredient] WHERE unitID = 2;")),
+                 QStringList());
+        QCOMPARE(TestDatabase::Rows(QStringLiteral("SELECT * FROM [Unit] ORDER BY name;")),
+                 QStringList{"1|g|NULL"});
+
+        for (const char* sql : {"SELECT * FROM [SectionIngredient] WHERE sectionID = 2;",
+                                "SELECT * FROM [RecipeSection] WHERE sectionID = 2;",
+                                "SELECT * FROM [Section] WHERE sectionID = 2;",
+                                "SELECT * FROM [Recipe] WHERE recipeID = 3;"}) {
+            Recordset rs = GetRecordset(QString::fromUtf8(sql));
+            modDatabase::DeleteRecordset(rs);
+        }
+        QCOMPARE(TestDatabase::Rows(QStringLiteral("SELECT recipeID, sectionID, place FROM "
+                                                   "[RecipeSection] ORDER BY recipeSectionID;")),
+                 (QStringList{"1|1|1", "3|3|2", "2|4|1", "4|5|1"}));
+        QCOMPARE(
+            TestDatabase::Rows(QStringLiteral("SELECT recipeID FROM [Recipe] ORDER BY recipeID;")),
+            (QStringList{"1", "2", "4"}));
+    }
+
+  private:
+    QString m_loadedKind;
+};
+
+QTEST_MAIN(TestSqlTexts)
+#include "tst_sqltexts.moc"
