@@ -44,7 +44,14 @@ QString DatabaseErrorText(const QSqlError& error) {
 DbConnection::DbConnection(int kind, QString connectionString)
     : m_kind(kind),
       m_connectionString(std::move(connectionString)),
-      m_qtName(NextQtConnectionName()) {}
+      m_qtName(NextQtConnectionName()) {
+    // The shared connection must go before the database library's own registry does.
+    static const bool releasedAtExit = [] {
+        qAddPostRoutine([] { Connection.reset(); });
+        return true;
+    }();
+    Q_UNUSED(releasedAtExit);
+}
 
 DbConnection::~DbConnection() {
     Close();
@@ -136,8 +143,7 @@ QStringList DbConnection::TablesPresent() {
                                   "WHERE table_schema = current_schema()");
     QStringList present;
     if (!query.exec(sql)) {
-        m_lastError = DatabaseErrorText(query.lastError());
-        return {QStringLiteral("?")};
+        return {QStringLiteral("?")};  // not a database of this kind at all
     }
     while (query.next()) {
         present << query.value(0).toString().toLower();
@@ -220,12 +226,6 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
 
 void OpenConnection() {
     using namespace modGeneral;
-    // The shared connection must go before the database library's own registry does.
-    static const bool releasedAtExit = [] {
-        qAddPostRoutine([] { Connection.reset(); });
-        return true;
-    }();
-    Q_UNUSED(releasedAtExit);
     try {
         Connection = std::make_shared<DbConnection>(
             DatabaseType,
