@@ -9,6 +9,9 @@
 #include <QMessageBox>
 #include <QProcess>
 #include <QUrl>
+#include <QtPrintSupport/QPrintDialog>
+#include <cstdio>
+#include <cstdlib>
 
 #include "Version.h"
 
@@ -18,6 +21,8 @@ namespace {
 MsgBoxHandler g_msgBox;
 OpenerHandler g_opener;
 FileDialogHandler g_fileDialog;
+PrintDialogHandler g_printDialog;
+EndProgramHandler g_endProgram;
 int g_mousePointer = vbDefault;
 
 int RealMsgBox(const QString& text, int style, const QString& title) {
@@ -83,6 +88,11 @@ std::optional<QString> RealFileDialog(const FileDialogRequest& request) {
         return std::nullopt;
     }
     return dialog.selectedFiles().first();
+}
+
+bool RealPrintDialog(QPrinter& printer, QWidget* parent) {
+    QPrintDialog dialog(&printer, parent);
+    return dialog.exec() == QDialog::Accepted;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 
+class QPrinter;
 class QWidget;
 
 // The program's contact points with the desktop: message boxes, the mouse pointer, opening
@@ -56,5 +57,15 @@ using FileDialogHandler = std::function<std::optional<QString>(const FileDialogR
 // Returns the chosen file name, or nothing when the user cancels.
 std::optional<QString> ShowFileDialog(const FileDialogRequest& request);
 void SetFileDialogHandler(FileDialogHandler handler);
+
+// The print dialog: returns false when the user cancels.
+using PrintDialogHandler = std::function<bool(QPrinter& printer, QWidget* parent)>;
+bool ShowPrintDialog(QPrinter& printer, QWidget* parent);
+void SetPrintDialogHandler(PrintDialogHandler handler);
+
+// Ends the program at once (nothing after it runs).
+using EndProgramHandler = std::function<void()>;
+void EndProgram();
+void SetEndProgramHandler(EndProgramHandler handler);
 
 }  // namespace UiServices

@@ -36,7 +36,8 @@ QString DefaultInstallDir();
 // Reads the settings values with their start-up defaults.
 void ReadSettings();
 
-// The windows that Main shows; the settings dialog is shown only when no connection works.
+// The windows that Main shows, modally: the settings dialog only when no connection works;
+// then the main window.
 struct StartupWindows {
     std::function<void()> showSettingsDialog;
     std::function<void()> showMainWindow;
