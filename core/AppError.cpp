@@ -16,9 +16,7 @@ const QString UnexpectedErrorMessage = QStringLiteral(
     "Prišlo je do nepričakovane napake.\r\n\r\nOpis napake v datoteki errors.log sporočite "
     "avtorju.");
 
-QString RuntimeSource() {
-    return QString::fromUtf8(Version::Title);
-}
+QString RuntimeSource() { return QString::fromUtf8(Version::Title); }
 
 void Raise(long number, const QString& description) {
     throw AppError(number, RuntimeSource(), description);

@@ -7,7 +7,7 @@
 // An error on its way from the place that failed up to the event handler that started the work.
 // Each procedure on the way wraps it with its own source, so the handler sees the whole chain.
 class AppError : public std::exception {
-  public:
+public:
     // The number with which procedures pass errors on (0x80040000).
     static constexpr long PassedOn = -2147221504;
 
@@ -18,7 +18,7 @@ class AppError : public std::exception {
     const QString& Description() const { return m_description; }
     const char* what() const noexcept override { return m_what.c_str(); }
 
-  private:
+private:
     long m_number;
     QString m_source;
     QString m_description;

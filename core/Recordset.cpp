@@ -18,9 +18,7 @@ QString UpdatableTable(const QString& sql) {
     return match.hasMatch() ? match.captured(1) : QString();
 }
 
-QString Bracketed(const QString& name) {
-    return QLatin1Char('[') + name + QLatin1Char(']');
-}
+QString Bracketed(const QString& name) { return QLatin1Char('[') + name + QLatin1Char(']'); }
 
 [[noreturn]] void NoCurrentRecord() {
     ErrorPath::Raise(3021, QStringLiteral("No current record."));
@@ -61,9 +59,7 @@ Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& conn
     return rs;
 }
 
-bool Recordset::Eof() const {
-    return m_position >= m_rows.size();
-}
+bool Recordset::Eof() const { return m_position >= m_rows.size(); }
 
 void Recordset::MoveNext() {
     if (Eof()) {
@@ -96,9 +92,7 @@ QVector<QVariant>& Recordset::CurrentRow() {
     return const_cast<QVector<QVariant>&>(std::as_const(*this).CurrentRow());
 }
 
-QVariant Recordset::Fields(const QString& name) const {
-    return CurrentRow()[FieldIndex(name)];
-}
+QVariant Recordset::Fields(const QString& name) const { return CurrentRow()[FieldIndex(name)]; }
 
 QVariant Recordset::Fields(int index) const {
     if (index < 0 || index >= FieldCount()) {

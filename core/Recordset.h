@@ -19,7 +19,7 @@ class DbConnection;
 // write it with Update (after an insert the key field holds the new key), delete the current
 // row. The key is the table's first column.
 class Recordset {
-  public:
+public:
     Recordset() = default;
 
     // True when the current position is past the last row (at once for an empty result).
@@ -42,7 +42,7 @@ class Recordset {
     void Delete();
     void Close();
 
-  private:
+private:
     friend Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>&,
                                      const QString&);
     int FieldIndex(const QString& name) const;

@@ -17,9 +17,7 @@ QString NormalizedKeyPath(QString path) {
     return path;
 }
 
-bool SameName(const QString& a, const QString& b) {
-    return a.compare(b, Qt::CaseInsensitive) == 0;
-}
+bool SameName(const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) == 0; }
 
 QString Escaped(const QString& text) {
     QString result = text;

@@ -15,7 +15,7 @@
 // Text values that hold control characters (an empty value is stored as one NUL) are written
 // as hex(1): followed by their UTF-16LE bytes. Key and value names match without regard to case.
 class RegistryFile {
-  public:
+public:
     enum ValueType { RegSz = 1, RegDword = 4 };
 
     struct Value {
@@ -42,7 +42,7 @@ class RegistryFile {
     // Creates the key when missing and sets the value (keeping the spelling of an existing name).
     void SetValue(const QString& keyPath, const Value& value);
 
-  private:
+private:
     Key& EnsureKey(const QString& keyPath);
 
     QList<Key> m_keys;

@@ -130,7 +130,7 @@ qint32 AddNamed(const QString& table, const QString& name, const QString& descri
 }
 
 class Loader {
-  public:
+public:
     void Load(const Collection& collection) {
         for (const auto& [name, description] : collection.units) {
             m_units.insert(name, AddNamed(QStringLiteral("Unit"), name, description));
@@ -147,7 +147,7 @@ class Loader {
         }
     }
 
-  private:
+private:
     void LoadType(qint32 groupID, const Type& type) {
         const qint32 typeID =
             AddRow(QStringLiteral("Type"), QStringLiteral("typeID"),

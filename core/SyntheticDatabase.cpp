@@ -37,19 +37,19 @@ const std::array<const char*, 6> Steps = {
 
 // A small, fully determined random sequence.
 class Sequence {
-  public:
+public:
     unsigned Next(unsigned bound) {
         m_state = m_state * 6364136223846793005ULL + 1442695040888963407ULL;
         return static_cast<unsigned>((m_state >> 33) % bound);
     }
 
-  private:
+private:
     unsigned long long m_state = 0x4d6f7276656e61ULL;
 };
 
 // Collects rows of one table and writes them in statements of many rows each.
 class BulkInsert {
-  public:
+public:
     BulkInsert(modDatabase::DbConnection& connection, QString head)
         : m_connection(connection), m_head(std::move(head)) {}
     ~BulkInsert() = default;
@@ -72,18 +72,14 @@ class BulkInsert {
         m_rows.clear();
     }
 
-  private:
+private:
     modDatabase::DbConnection& m_connection;
     QString m_head;
     QStringList m_rows;
 };
 
-QString Quoted(const QString& text) {
-    return QLatin1Char('\'') + text + QLatin1Char('\'');
-}
-QString Number(long long value) {
-    return QString::number(value);
-}
+QString Quoted(const QString& text) { return QLatin1Char('\'') + text + QLatin1Char('\''); }
+QString Number(long long value) { return QString::number(value); }
 
 void Run(modDatabase::DbConnection& connection, const QString& sql) {
     QSqlQuery query(connection.Database());

@@ -97,17 +97,13 @@ bool RealPrintDialog(QPrinter& printer, QWidget* parent) {
 
 }  // namespace
 
-QString MsgBoxTitle() {
-    return QString::fromUtf8(Version::Title);
-}
+QString MsgBoxTitle() { return QString::fromUtf8(Version::Title); }
 
 int MsgBox(const QString& text, int style, const QString& title) {
     return g_msgBox ? g_msgBox(text, style, title) : RealMsgBox(text, style, title);
 }
 
-void SetMsgBoxHandler(MsgBoxHandler handler) {
-    g_msgBox = std::move(handler);
-}
+void SetMsgBoxHandler(MsgBoxHandler handler) { g_msgBox = std::move(handler); }
 
 void SetMousePointer(int shape) {
     g_mousePointer = shape;
@@ -125,9 +121,7 @@ void SetMousePointer(int shape) {
     }
 }
 
-int MousePointer() {
-    return g_mousePointer;
-}
+int MousePointer() { return g_mousePointer; }
 
 void Open(const QString& target, const QString& workingFolder) {
     if (g_opener) {
@@ -137,16 +131,12 @@ void Open(const QString& target, const QString& workingFolder) {
     }
 }
 
-void SetOpenerHandler(OpenerHandler handler) {
-    g_opener = std::move(handler);
-}
+void SetOpenerHandler(OpenerHandler handler) { g_opener = std::move(handler); }
 
 std::optional<QString> ShowFileDialog(const FileDialogRequest& request) {
     return g_fileDialog ? g_fileDialog(request) : RealFileDialog(request);
 }
 
-void SetFileDialogHandler(FileDialogHandler handler) {
-    g_fileDialog = std::move(handler);
-}
+void SetFileDialogHandler(FileDialogHandler handler) { g_fileDialog = std::move(handler); }
 
 }  // namespace UiServices

@@ -190,9 +190,7 @@ QString DbConnection::DriverName() const {
     return m_kind == ServerDatabase ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
 }
 
-QSqlDatabase DbConnection::Database() const {
-    return QSqlDatabase::database(m_qtName, false);
-}
+QSqlDatabase DbConnection::Database() const { return QSqlDatabase::database(m_qtName, false); }
 
 QString DbConnection::Translate(const QString& sql) const {
     return m_kind == ServerDatabase ? SqlDialect::ToPostgres(sql) : sql;
@@ -281,12 +279,8 @@ void RaiseDriverError(const DbConnection& connection, const QSqlError& error) {
                    DatabaseErrorText(error));
 }
 
-QVariant StrToNull(const QString& text) {
-    return text.isEmpty() ? QVariant() : QVariant(text);
-}
+QVariant StrToNull(const QString& text) { return text.isEmpty() ? QVariant() : QVariant(text); }
 
-QString NullToStr(const QVariant& value) {
-    return value.isNull() ? QString() : value.toString();
-}
+QString NullToStr(const QVariant& value) { return value.isNull() ? QString() : value.toString(); }
 
 }  // namespace modDatabase

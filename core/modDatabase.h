@@ -19,7 +19,7 @@ enum DatabaseKind { FileDatabase = 1, ServerDatabase = 2 };
 // One connection: a database file (kind 1) or a database on a server (kind 2), described by a
 // connection string. Closed when the last reference to it goes.
 class DbConnection {
-  public:
+public:
     DbConnection(int kind, QString connectionString);
     ~DbConnection();
     DbConnection(const DbConnection&) = delete;
@@ -42,7 +42,7 @@ class DbConnection {
     // The program's SQL as this database speaks it.
     QString Translate(const QString& sql) const;
 
-  private:
+private:
     enum class Expect { MorvenaDatabase, EmptyDatabase };
     void OpenFile(const QString& fileName, Expect expect);
     void OpenServer(Expect expect);

@@ -32,9 +32,7 @@ QString TemporaryFolder() {
     return folder.isEmpty() || folder == QLatin1String("/") ? QStringLiteral("/") : folder;
 }
 
-QString DefaultTempFilename() {
-    return TemporaryFolder() + QStringLiteral("/tmpRecipeDB.html");
-}
+QString DefaultTempFilename() { return TemporaryFolder() + QStringLiteral("/tmpRecipeDB.html"); }
 
 QString DefaultInstallDir() {
     const QString installed =
@@ -165,9 +163,7 @@ bool IsNumeric(const QString& text) {
     return true;
 }
 
-QString RemoveQuotes(const QString& text) {
-    return QString(text).remove(QLatin1Char('\''));
-}
+QString RemoveQuotes(const QString& text) { return QString(text).remove(QLatin1Char('\'')); }
 
 void OpenRegisteredFile(const QString& fileName) {
     QString installDir = modRegistry::GetRegistryString(

@@ -27,11 +27,11 @@ private Q_SLOTS:
                                 "User ID=ana;Password=skrivno;"));
     }
     void connectionStringOfServerKind() {
-        QCOMPARE(BuildConnectionString(2, QStringLiteral("localhost:5433"),
-                                       QStringLiteral("recepti"), QStringLiteral("ana"),
-                                       QStringLiteral("skrivno")),
-                 QStringLiteral("Server=localhost:5433;Database=recepti;User ID=ana;"
-                                "Password=skrivno;"));
+        QCOMPARE(
+            BuildConnectionString(2, QStringLiteral("localhost:5433"), QStringLiteral("recepti"),
+                                  QStringLiteral("ana"), QStringLiteral("skrivno")),
+            QStringLiteral("Server=localhost:5433;Database=recepti;User ID=ana;"
+                           "Password=skrivno;"));
     }
     void connectionStringWithEmptyCredentialsKeepsBothKeys() {
         QCOMPARE(BuildConnectionString(2, QStringLiteral("s"), QStringLiteral("d"), QString(),
@@ -164,9 +164,10 @@ private Q_SLOTS:
         TestDatabase::OpenFresh(kind);
         const qint32 id = TestDatabase::Insert(QStringLiteral("Group"),
                                                {{"Name", "Juhe"}, {"Description", QVariant()}});
-        Recordset rs = GetRecordset(QStringLiteral(
-            "SELECT groupID, name AS groupName, description FROM [Group] WHERE groupID = %1;")
-                                        .arg(id));
+        Recordset rs = GetRecordset(
+            QStringLiteral(
+                "SELECT groupID, name AS groupName, description FROM [Group] WHERE groupID = %1;")
+                .arg(id));
         QCOMPARE(rs.Fields(QStringLiteral("GROUPID")).toInt(), id);
         QCOMPARE(rs.Text(QStringLiteral("groupname")), QStringLiteral("Juhe"));
         QCOMPARE(rs.Text(QStringLiteral("GroupName")), QStringLiteral("Juhe"));
@@ -295,8 +296,9 @@ private Q_SLOTS:
         QFETCH(QString, kind);
         TestDatabase::OpenFresh(kind);
         try {
-            GetRecordset(QStringLiteral("SELECT * FROM [Source]WHERE name = 'O'Brien' AND "
-                                        "sourceID <> -1;"));
+            GetRecordset(
+                QStringLiteral("SELECT * FROM [Source]WHERE name = 'O'Brien' AND "
+                               "sourceID <> -1;"));
             QFAIL("no error");
         } catch (const AppError& error) {
             QCOMPARE(error.Number(), AppError::PassedOn);
@@ -335,9 +337,9 @@ private Q_SLOTS:
     void namesSortInSlovenianOrder() {
         QFETCH(QString, kind);
         TestDatabase::OpenFresh(kind);
-        const QStringList names{"žganci", "Zelje", "šmorn", "Sarma", "dušeno", "ćevapčiči",
-                                "čaj",    "Cvetača", "burek", "Ajdova kaša", "Tatarski biftek",
-                                "ričet"};
+        const QStringList names{"žganci",          "Zelje", "šmorn",   "Sarma", "dušeno",
+                                "ćevapčiči",       "čaj",   "Cvetača", "burek", "Ajdova kaša",
+                                "Tatarski biftek", "ričet"};
         for (const QString& name : names) {
             TestDatabase::Insert(QStringLiteral("Recipe"), {{"typeID", 1}, {"title", name}});
         }

@@ -18,9 +18,7 @@
 
 namespace {
 
-QString U(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+QString U(const char* utf8) { return QString::fromUtf8(utf8); }
 
 // The few letters outside ASCII that the pages here use, with their windows-1250 bytes.
 const QHash<char32_t, char>& LetterBytes() {
@@ -75,13 +73,9 @@ QString Head(const QString& title, bool tables) {
     return QStringLiteral("<html><head><title>") + title + HeadAfterTitle(tables);
 }
 
-QString N(qint32 number) {
-    return QString::number(number);
-}
+QString N(qint32 number) { return QString::number(number); }
 
-QString DisplayPath() {
-    return TestDatabase::WorkFolder() + QStringLiteral("/prikaz.htm");
-}
+QString DisplayPath() { return TestDatabase::WorkFolder() + QStringLiteral("/prikaz.htm"); }
 
 QByteArray ReadDisplayFile() {
     QFile file(modGeneral::TempFilename);
@@ -194,7 +188,7 @@ QStringList FolderEntries(const QString& path) {
 class TestDisplay : public QObject {
     Q_OBJECT
 
-  private Q_SLOTS:
+private Q_SLOTS:
     void initTestCase() {
         TestDatabase::IsolateEnvironment();
         modGeneral::TempFilename = DisplayPath();

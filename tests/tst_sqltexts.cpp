@@ -339,7 +339,7 @@ void LoadCollection() {
 class TestSqlTexts : public QObject {
     Q_OBJECT
 
-  private Q_SLOTS:
+private Q_SLOTS:
     void initTestCase() { TestDatabase::IsolateEnvironment(); }
 
     void statementGivesTheSameRowsOnBothKinds_data() {
@@ -450,7 +450,7 @@ class TestSqlTexts : public QObject {
             (QStringList{"1", "2", "4"}));
     }
 
-  private:
+private:
     QString m_loadedKind;
 };
 

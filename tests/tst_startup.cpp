@@ -14,7 +14,7 @@ using namespace modGeneral;
 class TestStartup : public QObject {
     Q_OBJECT
 
-  private:
+private:
     QStringList m_shown;
     StartupWindows Windows() {
         return {[this] { m_shown << QStringLiteral("settings"); },
@@ -30,7 +30,7 @@ class TestStartup : public QObject {
         SetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), DatabaseType, true);
     }
 
-  private Q_SLOTS:
+private Q_SLOTS:
     void initTestCase() { TestDatabase::IsolateEnvironment(); }
     void init() {
         QFile::remove(modRegistry::StoreFile(true));

@@ -28,9 +28,7 @@ Result Tool(const QStringList& arguments) {
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-QString Work(const QString& name) {
-    return TestDatabase::WorkFolder() + QLatin1Char('/') + name;
-}
+QString Work(const QString& name) { return TestDatabase::WorkFolder() + QLatin1Char('/') + name; }
 
 QByteArray FileBytes(const QString& path) {
     QFile file(path);
@@ -48,7 +46,7 @@ QStringList Server() {
 class TestTool : public QObject {
     Q_OBJECT
 
-  private Q_SLOTS:
+private Q_SLOTS:
     void initTestCase() {
         TestDatabase::IsolateEnvironment();
         QVERIFY(QFile::exists(qEnvironmentVariable("MORVENA_TOOL")));

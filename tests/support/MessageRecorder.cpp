@@ -11,7 +11,7 @@ MessageRecorder::MessageRecorder() {
             return m_answers.takeFirst();
         }
         return (style & 0x7) == UiServices::vbYesNo ? int(UiServices::vbYes)
-                                                     : int(UiServices::vbOK);
+                                                    : int(UiServices::vbOK);
     });
 }
 

@@ -147,9 +147,9 @@ void OpenFresh(const QString& kind) {
 void Exec(const QString& sql) { modDatabase::Execute(sql); }
 
 qint32 Insert(const QString& table, const QList<QPair<QString, QVariant>>& fields) {
-    Recordset rs = modDatabase::GetRecordset(QStringLiteral("SELECT * FROM [%1] WHERE %2 = 0;")
-                                                 .arg(table, table.left(1).toLower() + table.mid(1) +
-                                                                 QStringLiteral("ID")));
+    Recordset rs = modDatabase::GetRecordset(
+        QStringLiteral("SELECT * FROM [%1] WHERE %2 = 0;")
+            .arg(table, table.left(1).toLower() + table.mid(1) + QStringLiteral("ID")));
     rs.AddNew();
     for (const auto& [name, value] : fields) {
         rs.SetField(name, value);
