@@ -52,4 +52,15 @@ QByteArray Encode(const QString& text) {
     return result;
 }
 
+QString Decode(const QByteArray& bytes) {
+    QString text;
+    text.reserve(bytes.size());
+    for (const char byte : bytes) {
+        const auto value = static_cast<unsigned char>(byte);
+        const char16_t upper = value >= 0x80 ? UpperHalf[value - 0x80] : 0;
+        text += QChar(value < 0x80 || upper == 0 ? char16_t(value) : upper);
+    }
+    return text;
+}
+
 }  // namespace Windows1250

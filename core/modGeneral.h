@@ -23,6 +23,9 @@ extern qint32 DatabaseType;  // 1 = database file, 2 = database server
 // The key saved by the last entry dialog or the editor; -1 after a cancel.
 extern qint32 lngLastID;
 
+// Window sizes and positions are kept in twips: 15 twips per pixel at 96 dots per inch.
+constexpr int TwipsPerPixel = 15;
+
 // The item data role under which list entries and tree nodes keep their key ("G12", "I5").
 constexpr int KeyRole = Qt::UserRole + 1;
 
