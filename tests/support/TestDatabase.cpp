@@ -41,9 +41,12 @@ QSqlDatabase AdminConnection(const QString& database) {
     db.setDatabaseName(database);
     db.setUserName(PostgresUser());
     db.setPassword(PostgresPassword());
-    if (!db.isOpen() && !db.open()) {
-        qFatal("cannot reach the tests' PostgreSQL server %s: %s", qPrintable(server),
-               qPrintable(db.lastError().text()));
+    if (!db.isOpen()) {
+        if (!db.open()) {
+            qFatal("cannot reach the tests' PostgreSQL server %s: %s", qPrintable(server),
+                   qPrintable(db.lastError().text()));
+        }
+        QSqlQuery(db).exec(QStringLiteral("SET client_min_messages TO WARNING"));
     }
     return db;
 }
@@ -158,6 +161,41 @@ qint32 Insert(const QString& table, const QList<QPair<QString, QVariant>>& field
     const qint32 key = rs.Long(rs.FieldName(0));
     rs.Close();
     return key;
+}
+
+void LoadSmallCollection() {
+    Insert("Group", {{"name", "Juhe"}, {"description", "Tople juhe\r\nin enolončnice"}});
+    Insert("Group", {{"name", "Sladice"}});
+    Insert("Type", {{"groupID", 1}, {"name", "Mesne juhe"}});
+    Insert("Type", {{"groupID", 1}, {"name", "Zelenjavne juhe"}});
+    Insert("Type", {{"groupID", 2}, {"name", "Pecivo"}});
+    Insert("Source", {{"name", "Babičina kuharica"}});
+    Insert("Source", {{"name", "Knjiga"}});
+    Insert("Unit", {{"name", "g"}});
+    Insert("Unit", {{"name", "žlica"}});
+    for (const char* name : {"moka", "korenje", "krompir", "Čokolada"}) {
+        Insert("Ingredient", {{"name", name}});
+    }
+    Insert("Recipe", {{"typeID", 1}, {"sourceID", 1}, {"title", "Goveja juha"}});
+    Insert("Recipe", {{"typeID", 2}, {"title", "Korenčkova juha"}});
+    Insert("Recipe", {{"typeID", 3}, {"sourceID", 2}, {"title", "čokoladna torta"}});
+    Insert("Section", {{"instructions", "Skuhamo."}});
+    Insert("Section", {{"title", "Testo"}, {"instructions", "Zamesimo."}});
+    Insert("Section", {{"title", "Krema"}, {"instructions", "Stopimo ČOKOLADO."}});
+    Insert("Section", {{"instructions", " "}});
+    const QList<QList<int>> links{{1, 1, 1}, {3, 3, 2}, {3, 2, 1}, {2, 4, 1}};
+    for (const QList<int>& link : links) {
+        Insert("RecipeSection",
+               {{"recipeID", link[0]}, {"sectionID", link[1]}, {"place", link[2]}});
+    }
+    const QList<QList<int>> lines{
+        {1, 1, 1, 100}, {4, 2, 1, 500}, {4, 3, 1, 200}, {2, 1, 1, 300}, {3, 4, 2, 2}};
+    for (const QList<int>& line : lines) {
+        Insert("SectionIngredient", {{"sectionID", line[0]},
+                                     {"ingredientID", line[1]},
+                                     {"unitID", line[2]},
+                                     {"amount", line[3]}});
+    }
 }
 
 QStringList Rows(const QString& sql) {

@@ -36,6 +36,13 @@ QString PostgresPassword();
 // Creates an empty database on the tests' server (dropping one of the same name first).
 void CreatePostgresDatabase(const QString& name);
 
+// A small collection with known keys: groups 1 Juhe, 2 Sladice; subgroups 1 Mesne juhe and
+// 2 Zelenjavne juhe (of 1), 3 Pecivo (of 2); sources 1 Babičina kuharica, 2 Knjiga; units 1 g,
+// 2 žlica; ingredients 1 moka, 2 korenje, 3 krompir, 4 Čokolada; recipes 1 Goveja juha (type 1,
+// source 1, one untitled section 1), 2 Korenčkova juha (type 2, no source, section 4 with
+// instructions " "), 3 čokoladna torta (type 3, source 2, sections 2 Testo and 3 Krema).
+void LoadSmallCollection();
+
 // Runs a statement in the program's dialect on the shared connection.
 void Exec(const QString& sql);
 // Inserts a row and returns its new key (the table's first column).
