@@ -140,3 +140,26 @@ std::optional<QString> ShowFileDialog(const FileDialogRequest& request) {
 void SetFileDialogHandler(FileDialogHandler handler) { g_fileDialog = std::move(handler); }
 
 }  // namespace UiServices
+
+namespace UiServices {
+
+bool ShowPrintDialog(QPrinter& printer, QWidget* parent) {
+    return g_printDialog ? g_printDialog(printer, parent) : RealPrintDialog(printer, parent);
+}
+
+void SetPrintDialogHandler(PrintDialogHandler handler) { g_printDialog = std::move(handler); }
+
+void EndProgram() {
+    if (g_endProgram) {
+        g_endProgram();
+        return;
+    }
+    // Like a program that stops at once: the settings are already on disk and the database has
+    // committed every change.
+    std::fflush(nullptr);
+    std::_Exit(0);
+}
+
+void SetEndProgramHandler(EndProgramHandler handler) { g_endProgram = std::move(handler); }
+
+}  // namespace UiServices
