@@ -47,6 +47,7 @@ int RealMsgBox(const QString& text, int style, const QString& title) {
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
         box.button(QMessageBox::Yes)->setText(QStringLiteral("&Da"));
         box.button(QMessageBox::No)->setText(QStringLiteral("&Ne"));
+        box.setDefaultButton(QMessageBox::Yes);
         return box.exec() == QMessageBox::Yes ? vbYes : vbNo;
     }
     box.setStandardButtons(QMessageBox::Ok);
