@@ -1,8 +1,27 @@
 #include <QApplication>
+#include <QIcon>
+#include <memory>
 
 #include "core/modGeneral.h"
+#include "main/frmMain.h"
+#include "settings/frmSettings.h"
 
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
-    return modGeneral::Main({}) ? 0 : 1;
+    QApplication::setApplicationName(QStringLiteral("Morvena"));
+    QApplication::setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("morvena"),
+        QIcon(modGeneral::DefaultInstallDir() + QStringLiteral("/icons/morvena.svg"))));
+    std::unique_ptr<frmMain> mainWindow;
+    const bool started = modGeneral::Main({
+        [] {
+            frmSettings settings;
+            settings.exec();
+        },
+        [&] {
+            mainWindow = std::make_unique<frmMain>();
+            mainWindow->show();
+        },
+    });
+    return started ? QApplication::exec() : 1;
 }

@@ -133,6 +133,10 @@ RegistryFile RegistryFile::Parse(const QByteArray& content) {
             current = &store.EnsureKey(line.mid(1, line.size() - 2));
             continue;
         }
+        if (line.startsWith(QLatin1Char('['))) {
+            current = nullptr;  // a damaged key line: its values belong to no key
+            continue;
+        }
         Value value;
         if (current && ParseValueLine(line, value)) {
             store.SetValue(current->path, value);

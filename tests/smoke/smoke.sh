@@ -25,20 +25,21 @@ wait_for() {  # condition, seconds
     for _ in $(seq 1 "$(( $2 * 10 ))"); do eval "$1" && return 0; sleep 0.1; done
     echo "timed out waiting for: $1" >&2; return 1
 }
-wait_for 'xdotool search --name "^Morvena 1\\.3\\.0" >/dev/null 2>&1' 30
-window=$(xdotool search --name "^Morvena 1\.3\.0" | head -n 1)
-xdotool windowactivate --sync "$window" 2>/dev/null || xdotool windowfocus --sync "$window"
+wait_for 'xdotool search --onlyvisible --name "^Morvena 1\\.3\\.0" >/dev/null 2>&1' 30
+window=$(xdotool search --onlyvisible --name "^Morvena 1\.3\.0" | head -n 1)
+xdotool windowfocus --sync "$window"
 wait_for '[ -s "$page" ]' 10            # the first group's page
 # open the first group and its first subgroup, then step onto the first recipe
-xdotool key --window "$window" --delay 150 Right Down Right Down
+xdotool key --delay 150 Right Down Right Down
 wait_for 'head -c 40 "$page" | grep -q "<title>[0-9][0-9]* - "' 10
 sleep 0.5
 import -window root "$out/morvena-smoke.png"
-xdotool key --window "$window" --delay 150 ctrl+q
-sleep 0.5
-xdotool key --window "$(xdotool search --name '^Morvena$' | tail -n 1)" Return
+xdotool key ctrl+q
+wait_for 'xdotool search --onlyvisible --name "^Morvena\$" >/dev/null 2>&1' 10
+xdotool windowfocus --sync "$(xdotool search --onlyvisible --name '^Morvena$' | tail -n 1)"
+xdotool key Return
 wait_for '! kill -0 '"$pid"' 2>/dev/null' 10
 wait "$pid"
 INNER
-echo "Recipe page shown: $(head -c 80 "$page" | sed 's/<meta.*//')"
+echo "Recipe page shown: $(head -c 80 "$page" | iconv -f windows-1250 -t utf-8 | sed "s/<meta.*//")"
 echo "Screenshot: $out/morvena-smoke.png"

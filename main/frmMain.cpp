@@ -1,0 +1,556 @@
+#include "main/frmMain.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFile>
+#include <QFont>
+#include <QFrame>
+#include <QLayout>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QScopeGuard>
+#include <QTextBrowser>
+#include <QToolBar>
+#include <QTreeWidget>
+
+#include "Version.h"
+#include "about/frmAbout.h"
+#include "core/AppError.h"
+#include "core/UiServices.h"
+#include "core/Windows1250.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+#include "core/modRegistry.h"
+#include "display/modDisplay.h"
+#include "settings/frmSettings.h"
+
+using modGeneral::TwipsPerPixel;
+using UiServices::MsgBox;
+using UiServices::SetMousePointer;
+
+namespace {
+
+frmMain* g_instance = nullptr;
+
+constexpr int MarginTwips = 120;
+constexpr int MinimumSplitterTwips = 500;
+constexpr int SplitterWidthTwips = 60;
+const QString BlankPage = QStringLiteral("about:blank");
+
+int Twips(int pixels) { return pixels * TwipsPerPixel; }
+int Pixels(int twips) { return twips / TwipsPerPixel; }
+
+qint32 ReadLong(const char* name, qint32 defaultValue) {
+    return modRegistry::GetRegistryLong(modRegistry::ProgramKey, QString::fromLatin1(name),
+                                        defaultValue, true);
+}
+void StoreLong(const char* name, qint32 value) {
+    modRegistry::SetRegistryLong(modRegistry::ProgramKey, QString::fromLatin1(name), value, true);
+}
+
+// Runs a statement through a result set and tells whether it found any row.
+bool HasRows(const QString& sql) {
+    Recordset rs = modDatabase::GetRecordset(sql);
+    const bool found = !rs.Eof();
+    rs.Close();
+    return found;
+}
+
+void DeleteRows(const QString& sql) {
+    Recordset rs = modDatabase::GetRecordset(sql);
+    modDatabase::DeleteRecordset(rs);
+    rs.Close();
+}
+
+}  // namespace
+
+frmMain* frmMain::Instance() { return g_instance; }
+
+frmMain::frmMain(QWidget* parent) : QMainWindow(parent) {
+    g_instance = this;
+    setObjectName(QStringLiteral("frmMain"));
+    menus.Build(this);
+    auto* central = new QWidget(this);
+    setCentralWidget(central);
+    tvRecipes = new QTreeWidget(central);
+    tvRecipes->setObjectName(QStringLiteral("tvRecipes"));
+    tvRecipes->setHeaderHidden(true);
+    tvRecipes->setExpandsOnDoubleClick(true);
+    tvRecipes->viewport()->installEventFilter(this);
+    imgSplitter = new QFrame(central);
+    imgSplitter->setObjectName(QStringLiteral("imgSplitter"));
+    imgSplitter->setCursor(Qt::SplitHCursor);
+    imgSplitter->installEventFilter(this);
+    webDisplay = new QTextBrowser(central);
+    webDisplay->setObjectName(QStringLiteral("webDisplay"));
+    webDisplay->setOpenLinks(false);
+    ConnectCommands();
+    Form_Load();
+}
+
+frmMain::~frmMain() {
+    if (g_instance == this) {
+        g_instance = nullptr;
+    }
+}
+
+void frmMain::ConnectCommands() {
+    connect(tvRecipes, &QTreeWidget::currentItemChanged, this, [this] {
+        if (!m_selectingFromCode) {
+            tvRecipes_NodeClick();
+        }
+    });
+    connect(tvRecipes, &QTreeWidget::itemDoubleClicked, this, [this] { tvRecipes_DblClick(); });
+    const auto on = [this](QAction* action, void (frmMain::*handler)()) {
+        connect(action, &QAction::triggered, this, handler);
+    };
+    on(menus.mnuDocumentDelete, &frmMain::mnuDocumentDelete_Click);
+    on(menus.mnuDocumentPrint, &frmMain::mnuDocumentPrint_Click);
+    on(menus.mnuDocumentQuit, &frmMain::mnuDocumentQuit_Click);
+    on(menus.mnuEditGroupDelete, &frmMain::mnuEditGroupDelete_Click);
+    on(menus.mnuEditTypeDelete, &frmMain::mnuEditTypeDelete_Click);
+    on(menus.mnuToolsSettings, &frmMain::mnuToolsSettings_Click);
+    on(menus.mnuHelpDocumentation, &frmMain::mnuHelpDocumentation_Click);
+    on(menus.mnuHelpAbout, &frmMain::mnuHelpAbout_Click);
+    connect(menus.tbMain, &QToolBar::actionTriggered, this,
+            [this](QAction* button) { tbMain_ButtonClick(button->data().toString()); });
+}
+
+void frmMain::Form_Load() {
+    const bool loaded = ErrorPath::Handle("frmMain:Form_Load->", [&] {
+        setWindowTitle(QStringLiteral("%1 %2.%3.%4 - %5")
+                           .arg(QString::fromUtf8(Version::Title))
+                           .arg(Version::Major)
+                           .arg(Version::Minor)
+                           .arg(Version::Revision)
+                           .arg(QString::fromUtf8(Version::LegalNotice)));
+        const int width = ReadLong("WindowWidth", 8000);
+        const int height = ReadLong("WindowHeight", 6000);
+        const int splitter = ReadLong("SplitterPosition", 2000);
+        const int state = ReadLong("WindowState", 0);
+        Navigate(BlankPage);
+        RefreshTreeView();
+        EnableControls();
+        tvRecipes->setFocus();
+        resize(Pixels(width), Pixels(height));
+        layout()->activate();  // the inner size of the new window size, also before it shows
+        MoveSplitter(splitter);
+        setWindowState(state == 2   ? Qt::WindowMaximized
+                       : state == 1 ? Qt::WindowMinimized
+                                    : Qt::WindowNoState);
+    });
+    if (!loaded) {
+        SetMousePointer(UiServices::vbDefault);
+    }
+}
+
+void frmMain::RefreshTreeView() {
+    ErrorPath::PassOn("frmMain:RefreshTreeView", [&] {
+        using modDatabase::GetRecordset;
+        SetMousePointer(UiServices::vbHourglass);
+        m_selectingFromCode = true;
+        tvRecipes->setUpdatesEnabled(false);
+        const auto finish = qScopeGuard([this] {
+            tvRecipes->setUpdatesEnabled(true);
+            m_selectingFromCode = false;
+        });
+        tvRecipes->clear();
+        Recordset groups = GetRecordset(QStringLiteral("SELECT * FROM [Group] ORDER BY name;"));
+        for (; !groups.Eof(); groups.MoveNext()) {
+            const QString groupID =
+                modDatabase::NullToStr(groups.Fields(QStringLiteral("groupID")));
+            QTreeWidgetItem* groupNode = AddNode(nullptr, QStringLiteral("G") + groupID,
+                                                 groups.Text(QStringLiteral("Name")), true);
+            Recordset types = GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
+                                           groupID + QStringLiteral(" ORDER BY name;"));
+            for (; !types.Eof(); types.MoveNext()) {
+                const QString typeID =
+                    modDatabase::NullToStr(types.Fields(QStringLiteral("typeID")));
+                QTreeWidgetItem* typeNode = AddNode(groupNode, QStringLiteral("T") + typeID,
+                                                    types.Text(QStringLiteral("Name")), true);
+                Recordset recipes =
+                    GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") + typeID +
+                                 QStringLiteral(" ORDER BY title;"));
+                for (; !recipes.Eof(); recipes.MoveNext()) {
+                    AddNode(typeNode,
+                            QStringLiteral("R") +
+                                modDatabase::NullToStr(recipes.Fields(QStringLiteral("recipeID"))),
+                            recipes.Text(QStringLiteral("Title")), false);
+                }
+                recipes.Close();
+            }
+            types.Close();
+        }
+        groups.Close();
+        if (tvRecipes->topLevelItemCount() > 0) {
+            tvRecipes->setCurrentItem(tvRecipes->topLevelItem(0));
+            tvRecipes_NodeClick();
+        } else {
+            Navigate(BlankPage);
+        }
+        EnableControls();
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+QTreeWidgetItem* frmMain::AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
+                                  bool bold) {
+    auto* node = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(tvRecipes);
+    node->setText(0, text);
+    node->setData(0, modGeneral::KeyRole, key);
+    if (bold) {
+        QFont font = node->font(0);
+        font.setBold(true);
+        node->setFont(0, font);
+    }
+    return node;
+}
+
+void frmMain::RefreshAndRestore(const QString& key) {
+    RefreshTreeView();
+    m_selectingFromCode = true;
+    modGeneral::SelectTreeViewItem(tvRecipes, key);
+    m_selectingFromCode = false;
+    tvRecipes_NodeClick();
+    EnableControls();
+    SetMousePointer(UiServices::vbDefault);
+}
+
+void frmMain::tvRecipes_NodeClick() {
+    ErrorPath::Handle("frmMain:tvRecipes_NodeClick->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        EnableControls();
+        const QString kind = SelectedKind();
+        if (!kind.isEmpty()) {
+            const qint32 id = SelectedID();
+            if (kind == QLatin1String("R")) {
+                modDisplay::DisplayRecipe(id);
+            } else if (kind == QLatin1String("T")) {
+                modDisplay::DisplayType(id);
+            } else if (kind == QLatin1String("G")) {
+                modDisplay::DisplayGroup(id);
+            }
+            Navigate(modGeneral::TempFilename);
+        }
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::Navigate(const QString& address) {
+    m_address = address;
+    if (address == BlankPage) {
+        webDisplay->clear();
+        return;
+    }
+    QFile page(address);
+    webDisplay->setHtml(page.open(QIODevice::ReadOnly) ? Windows1250::Decode(page.readAll())
+                                                       : QString());
+}
+
+QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->currentItem()); }
+QString frmMain::SelectedKind() const { return SelectedKey().left(1); }
+qint32 frmMain::SelectedID() const { return SelectedKey().mid(1).toInt(); }
+
+void frmMain::EnableControls() {
+    ErrorPath::PassOn("frmMain:EnableControls", [&] {
+        const QString kind = SelectedKind();
+        const bool recipe = kind == QLatin1String("R");
+        const bool group = kind == QLatin1String("G");
+        const bool type = kind == QLatin1String("T");
+        menus.mnuDocumentEdit->setEnabled(recipe);
+        menus.mnuDocumentDelete->setEnabled(recipe);
+        menus.Button(QStringLiteral("editRecipe"))->setEnabled(recipe);
+        menus.Button(QStringLiteral("deleteRecipe"))->setEnabled(recipe);
+        menus.mnuEditGroupEdit->setEnabled(group);
+        menus.mnuEditGroupDelete->setEnabled(group);
+        menus.mnuEditTypeEdit->setEnabled(type);
+        menus.mnuEditTypeDelete->setEnabled(type);
+        menus.mnuEditTypeNew->setEnabled(!kind.isEmpty());
+    });
+}
+
+void frmMain::mnuDocumentDelete_Click() {
+    ErrorPath::Handle("frmMain:mnuDocumentDelete_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (SelectedKind() != QLatin1String("R")) {
+            SetMousePointer(UiServices::vbDefault);
+            return;
+        }
+        if (MsgBox(QStringLiteral("Ali res želite izbrisati recept?"),
+                   UiServices::vbYesNo + UiServices::vbQuestion) == UiServices::vbNo) {
+            SetMousePointer(UiServices::vbDefault);
+            return;
+        }
+        const QString key = QString::number(SelectedID());
+        Recordset sections = modDatabase::GetRecordset(
+            QStringLiteral("SELECT sectionID FROM [RecipeSection] WHERE recipeID = ") + key +
+            QStringLiteral(";"));
+        for (; !sections.Eof(); sections.MoveNext()) {
+            DeleteSection(sections.Long(QStringLiteral("sectionID")));
+        }
+        sections.Close();
+        DeleteRows(QStringLiteral("SELECT * FROM [Recipe] WHERE recipeID = ") + key +
+                   QStringLiteral(";"));
+        RefreshTreeView();
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::DeleteSection(qint32 sectionID) {
+    ErrorPath::PassOn("frmMain:DeleteSection", [&] {
+        const QString key = QString::number(sectionID);
+        DeleteRows(QStringLiteral("SELECT * FROM [SectionIngredient] WHERE ") +
+                   QStringLiteral("sectionID = ") + key + QStringLiteral(";"));
+        DeleteRows(QStringLiteral("SELECT * FROM [RecipeSection] WHERE sectionID = ") + key +
+                   QStringLiteral(";"));
+        DeleteRows(QStringLiteral("SELECT * FROM [Section] WHERE sectionID = ") + key +
+                   QStringLiteral(";"));
+    });
+}
+
+void frmMain::mnuEditGroupDelete_Click() {
+    ErrorPath::Handle("frmMain:mnuEditGroupDelete_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (SelectedKind() == QLatin1String("G") &&
+            MsgBox(QStringLiteral("Ali res želite izbrisati skupino?"),
+                   UiServices::vbYesNo + UiServices::vbQuestion) == UiServices::vbYes) {
+            const QString key = QString::number(SelectedID());
+            if (HasRows(QStringLiteral("SELECT typeID FROM [Type] WHERE groupID = ") + key +
+                        QStringLiteral(";"))) {
+                MsgBox(QStringLiteral("Najprej morate izbrisati vse pripadajoče podskupine."),
+                       UiServices::vbOKOnly + UiServices::vbInformation);
+            } else {
+                DeleteRows(QStringLiteral("SELECT * FROM [Group] WHERE groupID = ") + key +
+                           QStringLiteral(";"));
+                RefreshTreeView();
+            }
+        }
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::mnuEditTypeDelete_Click() {
+    ErrorPath::Handle("frmMain:mnuEditTypeDelete_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (SelectedKind() == QLatin1String("T") &&
+            MsgBox(QStringLiteral("Ali res želite izbrisati podskupino?"),
+                   UiServices::vbYesNo + UiServices::vbQuestion) == UiServices::vbYes) {
+            const QString key = QString::number(SelectedID());
+            if (HasRows(QStringLiteral("SELECT recipeID FROM [Recipe] WHERE typeID = ") + key +
+                        QStringLiteral(";"))) {
+                MsgBox(QStringLiteral("Najprej morate izbrisati vse pripadajoče recepte."),
+                       UiServices::vbOKOnly + UiServices::vbInformation);
+            } else {
+                DeleteRows(QStringLiteral("SELECT * FROM [Type] WHERE typeID = ") + key +
+                           QStringLiteral(";"));
+                RefreshTreeView();
+            }
+        }
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::mnuDocumentPrint_Click() {
+    ErrorPath::Handle("frmMain:mnuDocumentPrint_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        PrintDisplay(true);
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::PrintDisplay(bool showDialog) {
+    ErrorPath::PassOn("frmMain:PrintDisplay", [&] {
+        m_savedPageSetup = PagePrinter::ReadPageSetup();
+        PagePrinter::WritePageSetup(PagePrinter::ProgramPageSetup);
+        PagePrinter::PrintFile(m_address == BlankPage ? QString() : m_address, showDialog, this);
+        webDisplay_PrintTemplateTeardown();
+    });
+}
+
+// When the print job is done the user's own page set-up goes back in place.
+void frmMain::webDisplay_PrintTemplateTeardown() {
+    ErrorPath::Handle("frmMain:tvRecipes_NodeClick->",
+                      [&] { PagePrinter::WritePageSetup(m_savedPageSetup); });
+}
+
+void frmMain::mnuDocumentQuit_Click() {
+    ErrorPath::Handle("frmMain:mnuDocumentQuit_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        SetMousePointer(UiServices::vbDefault);
+        close();
+    });
+}
+
+void frmMain::mnuToolsSettings_Click() {
+    ErrorPath::Handle("frmMain:mnuToolsSettings_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        frmSettings dialog(this);
+        dialog.exec();
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::mnuHelpDocumentation_Click() {
+    ErrorPath::Handle("frmMain:mnuHelpDocumentation_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        modGeneral::OpenRegisteredFile(QStringLiteral("docs/page11.html"));
+        SetMousePointer(UiServices::vbDefault);
+    });
+}
+
+void frmMain::mnuHelpAbout_Click() {
+    ErrorPath::Handle("frmMain:mnuHelpAbout_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        frmAbout dialog(this);
+        SetMousePointer(UiServices::vbDefault);
+        dialog.exec();
+    });
+}
+
+void frmMain::tbMain_ButtonClick(const QString& key) {
+    ErrorPath::Handle("frmMain:tbMain_ButtonClick->", [&] {
+        const QMap<QString, QAction*> commands{
+            {QStringLiteral("newRecipe"), menus.mnuDocumentNew},
+            {QStringLiteral("editRecipe"), menus.mnuDocumentEdit},
+            {QStringLiteral("deleteRecipe"), menus.mnuDocumentDelete},
+            {QStringLiteral("listSources"), menus.mnuEditSources},
+            {QStringLiteral("listIngredients"), menus.mnuEditIngredients},
+            {QStringLiteral("listUnits"), menus.mnuEditUnits},
+            {QStringLiteral("find"), menus.mnuToolsFind},
+            {QStringLiteral("exitProgram"), menus.mnuDocumentQuit},
+        };
+        if (key == QLatin1String("printRecipe")) {
+            SetMousePointer(UiServices::vbHourglass);
+            PrintDisplay(false);
+            SetMousePointer(UiServices::vbDefault);
+        } else if (QAction* command = commands.value(key)) {
+            command->trigger();
+        }
+    });
+}
+
+void frmMain::tvRecipes_DblClick() {
+    ErrorPath::Handle("frmMain:tvRecipes_DblClick->", [&] {
+        const QString kind = SelectedKind();
+        QAction* command = kind == QLatin1String("G")   ? menus.mnuEditGroupEdit
+                           : kind == QLatin1String("T") ? menus.mnuEditTypeEdit
+                           : kind == QLatin1String("R") ? menus.mnuDocumentEdit
+                                                        : nullptr;
+        if (command) {
+            command->trigger();
+        }
+    });
+}
+
+void frmMain::tvRecipes_MouseDown(const QPoint& globalPosition) {
+    ErrorPath::Handle("frmMain:tvRecipes_MouseDown->", [&] { ShowPopupMenu(globalPosition); });
+}
+
+void frmMain::ShowPopupMenu(const QPoint& globalPosition) {
+    const QString kind = SelectedKind();
+    QMenu* menu = kind == QLatin1String("R") ? menus.mnuDocument : menus.mnuEdit;
+    QAction* defaultItem = kind == QLatin1String("R")   ? menus.mnuDocumentEdit
+                           : kind == QLatin1String("T") ? menus.mnuEditTypeEdit
+                           : kind == QLatin1String("G") ? menus.mnuEditGroupEdit
+                                                        : menus.mnuEditGroupNew;
+    menu->setDefaultAction(defaultItem);
+    menu->exec(globalPosition);
+    menu->setDefaultAction(nullptr);
+}
+
+void frmMain::MoveSplitter(int wantedTwips) {
+    ErrorPath::PassOn("frmMain:MoveSplitter", [&] {
+        const int limit = Twips(centralWidget()->width()) - MarginTwips - SplitterWidthTwips;
+        if (wantedTwips < MinimumSplitterTwips) {
+            m_splitterLeft = MinimumSplitterTwips;
+        } else if (wantedTwips > limit) {
+            m_splitterLeft = limit;
+        } else {
+            m_splitterLeft = wantedTwips;
+        }
+        LayoutControls();
+        StoreLong("SplitterPosition", m_splitterLeft);
+    });
+}
+
+void frmMain::LayoutControls() {
+    const int margin = Pixels(MarginTwips);
+    const int height = std::max(0, centralWidget()->height() - 2 * margin);
+    const int splitterLeft = Pixels(m_splitterLeft);
+    const int splitterWidth = Pixels(SplitterWidthTwips);
+    tvRecipes->setGeometry(margin, margin, std::max(0, splitterLeft - margin), height);
+    imgSplitter->setGeometry(splitterLeft, margin, splitterWidth, height);
+    const int browserLeft = splitterLeft + splitterWidth;
+    webDisplay->setGeometry(browserLeft, margin,
+                            std::max(0, centralWidget()->width() - margin - browserLeft), height);
+}
+
+void frmMain::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    Form_Resize();
+}
+
+void frmMain::Form_Resize() {
+    ErrorPath::Handle("frmMain:Form_Resize->", [&] {
+        const int limit = Twips(centralWidget()->width()) - MarginTwips - SplitterWidthTwips;
+        m_splitterLeft = std::max(MinimumSplitterTwips, std::min(m_splitterLeft, limit));
+        LayoutControls();
+        if (!(windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen))) {
+            StoreLong("WindowWidth", Twips(width()));
+            StoreLong("WindowHeight", Twips(height()));
+        }
+    });
+}
+
+bool frmMain::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == imgSplitter) {
+        auto* mouse = static_cast<QMouseEvent*>(event);
+        if (event->type() == QEvent::MouseButtonPress) {
+            ErrorPath::Handle("frmMain:imgSplitter_MouseDown->", [&] { m_dragging = true; });
+        } else if (event->type() == QEvent::MouseMove) {
+            ErrorPath::Handle("frmMain:imgSplitter_MouseMove->", [&] {
+                if (m_dragging) {
+                    MoveSplitter(m_splitterLeft + Twips(qRound(mouse->position().x())));
+                }
+            });
+        } else if (event->type() == QEvent::MouseButtonRelease) {
+            ErrorPath::Handle("frmMain:imgSplitter_MouseUp->", [&] { m_dragging = false; });
+        }
+    } else if (watched == tvRecipes->viewport() && event->type() == QEvent::MouseButtonPress &&
+               static_cast<QMouseEvent*>(event)->button() == Qt::RightButton) {
+        // The shortcut menu belongs to the selected node; the click selects nothing.
+        tvRecipes_MouseDown(static_cast<QMouseEvent*>(event)->globalPosition().toPoint());
+        return true;
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+    if (!Form_QueryUnload()) {
+        event->ignore();
+        return;
+    }
+    Form_Unload();
+    event->accept();
+}
+
+bool frmMain::Form_QueryUnload() {
+    bool leave = false;
+    ErrorPath::Handle("frmMain:Form_QueryUnload->", [&] {
+        if (MsgBox(QStringLiteral("Ali res želite zapustiti program?"),
+                   UiServices::vbYesNo + UiServices::vbQuestion) == UiServices::vbNo) {
+            return;
+        }
+        const Qt::WindowStates state = windowState();
+        StoreLong("WindowState", state & Qt::WindowMinimized   ? 1
+                                 : state & Qt::WindowMaximized ? 2
+                                                               : 0);
+        leave = true;
+    });
+    return leave;
+}
+
+void frmMain::Form_Unload() {
+    ErrorPath::Handle("frmMain:Form_Unload->", [&] { modDatabase::CloseConnection(); });
+}

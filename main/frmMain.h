@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QString>
+#include <functional>
+
+#include "main/MainMenus.h"
+#include "main/PagePrinter.h"
+
+class QFrame;
+class QTextBrowser;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+// The main window: the recipe tree on the left, the page of the selected node on the right,
+// the splitter between them, the menu bar and the toolbar.
+class frmMain : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit frmMain(QWidget* parent = nullptr);
+    ~frmMain() override;
+
+    // The one main window of the program (nullptr before it is created).
+    static frmMain* Instance();
+
+    // Rebuilds the tree from the database and ends on the first group.
+    void RefreshTreeView();
+    // Shows the page of the selected node.
+    void tvRecipes_NodeClick();
+    // Sets the commands' enabled states by the kind of the selected node.
+    void EnableControls();
+    // Deletes a section with its ingredient lines and every link to it.
+    void DeleteSection(qint32 sectionID);
+    // Places the splitter's left edge (twips) within its limits and stores the position.
+    void MoveSplitter(int wantedTwips);
+    // Prints the page shown, with the print dialog or at once.
+    void PrintDisplay(bool showDialog);
+    // Rebuilds the tree, selects the node with `key` (the first group when none has it) and
+    // shows its page.
+    void RefreshAndRestore(const QString& key);
+
+    QTreeWidget* tvRecipes = nullptr;
+    QTextBrowser* webDisplay = nullptr;
+    QFrame* imgSplitter = nullptr;
+    MainMenus menus;
+
+    // The address of the page shown ("about:blank" when empty).
+    QString DisplayedAddress() const { return m_address; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void Form_Load();
+    void Form_Resize();
+    bool Form_QueryUnload();
+    void Form_Unload();
+    void Navigate(const QString& address);
+    void LayoutControls();
+    void ConnectCommands();
+    void ShowPopupMenu(const QPoint& globalPosition);
+    void webDisplay_PrintTemplateTeardown();
+
+    void mnuDocumentDelete_Click();
+    void mnuDocumentPrint_Click();
+    void mnuDocumentQuit_Click();
+    void mnuEditGroupDelete_Click();
+    void mnuEditTypeDelete_Click();
+    void mnuToolsSettings_Click();
+    void mnuHelpDocumentation_Click();
+    void mnuHelpAbout_Click();
+    void tbMain_ButtonClick(const QString& key);
+    void tvRecipes_DblClick();
+    void tvRecipes_MouseDown(const QPoint& globalPosition);
+
+    // The selected node's kind letter ("G", "T", "R"; empty when none) and key.
+    QString SelectedKind() const;
+    qint32 SelectedID() const;
+    QString SelectedKey() const;
+    QTreeWidgetItem* AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
+                             bool bold);
+
+    QString m_address;
+    bool m_dragging = false;
+    bool m_selectingFromCode = false;
+    int m_splitterLeft = 0;  // twips
+    PagePrinter::PageSetup m_savedPageSetup;
+};

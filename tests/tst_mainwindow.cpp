@@ -1,0 +1,563 @@
+// The main window: the recipe tree, the commands and their enabled states, the delete rules,
+// the shortcut menus, the splitter, the kept window layout, closing, printing and the help menu.
+#include <QAction>
+#include <QApplication>
+#include <QFile>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPrinter>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTimer>
+#include <QToolBar>
+#include <QTreeWidget>
+
+#include "core/UiServices.h"
+#include "core/Windows1250.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+#include "core/modRegistry.h"
+#include "display/modDisplay.h"
+#include "main/PagePrinter.h"
+#include "main/frmMain.h"
+#include "tests/support/MessageRecorder.h"
+#include "tests/support/TestDatabase.h"
+
+using TestDatabase::Rows;
+
+namespace {
+
+QByteArray FileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList NodeTexts(const QTreeWidget* tree) {
+    QStringList texts;
+    for (int g = 0; g < tree->topLevelItemCount(); ++g) {
+        const QTreeWidgetItem* group = tree->topLevelItem(g);
+        texts << modGeneral::ItemKey(group) + QLatin1Char(' ') + group->text(0);
+        for (int t = 0; t < group->childCount(); ++t) {
+            const QTreeWidgetItem* type = group->child(t);
+            texts << QStringLiteral("  ") + modGeneral::ItemKey(type) + QLatin1Char(' ') +
+                         type->text(0);
+            for (int r = 0; r < type->childCount(); ++r) {
+                texts << QStringLiteral("    ") + modGeneral::ItemKey(type->child(r)) +
+                             QLatin1Char(' ') + type->child(r)->text(0);
+            }
+        }
+    }
+    return texts;
+}
+
+QTreeWidgetItem* Node(frmMain& window, const QString& key) {
+    return modGeneral::SelectNodesItem(window.tvRecipes->topLevelItem(0), key);
+}
+
+QString StoreText() { return QString::fromUtf8(FileBytes(modRegistry::StoreFile(true))); }
+
+}  // namespace
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<frmMain> Open(const QString& kind, bool withCollection = true) {
+        TestDatabase::OpenFresh(kind);
+        if (withCollection) {
+            TestDatabase::LoadSmallCollection();
+        }
+        modGeneral::TempFilename = TestDatabase::WorkFolder() + QStringLiteral("/page.html");
+        auto window = std::make_unique<frmMain>();
+        return window;
+    }
+    void Select(frmMain& window, const QString& key) {
+        window.tvRecipes->setCurrentItem(key.isEmpty() ? nullptr : Node(window, key));
+    }
+    static bool Enabled(frmMain& w, const QString& name) {
+        return w.findChild<QAction*>(name)->isEnabled();
+    }
+
+private Q_SLOTS:
+    void initTestCase() { TestDatabase::IsolateEnvironment(); }
+    void init() { QFile::remove(modRegistry::StoreFile(true)); }
+
+    void treeListsGroupsTypesAndRecipesInOrder_data() { TestDatabase::AddKinds(); }
+    void treeListsGroupsTypesAndRecipesInOrder() {
+        QFETCH(QString, kind);
+        TestDatabase::OpenFresh(kind);
+        TestDatabase::LoadSmallCollection();
+        TestDatabase::Insert("Group", {{"name", "Čaji"}});
+        TestDatabase::Insert("Type", {{"groupID", 1}, {"name", "Enolončnice"}});
+        TestDatabase::Insert("Recipe", {{"typeID", 3}, {"title", "Ajdov kolač"}});
+        modGeneral::TempFilename = TestDatabase::WorkFolder() + QStringLiteral("/page.html");
+        frmMain window;
+        QCOMPARE(NodeTexts(window.tvRecipes),
+                 (QStringList{"G3 Čaji", "G1 Juhe", "  T4 Enolončnice", "  T1 Mesne juhe",
+                              "    R1 Goveja juha", "  T2 Zelenjavne juhe",
+                              "    R2 Korenčkova juha", "G2 Sladice", "  T3 Pecivo",
+                              "    R4 Ajdov kolač", "    R3 čokoladna torta"}));
+        QVERIFY(window.tvRecipes->topLevelItem(0)->font(0).bold());
+        QVERIFY(Node(window, "T4")->font(0).bold());
+        QCOMPARE(Node(window, "T4")->childCount(), 0);
+        QVERIFY(!Node(window, "R1")->font(0).bold());
+        QVERIFY(Node(window, "R1")->icon(0).isNull());
+        // the first group is selected and its page shown
+        QCOMPARE(modGeneral::ItemKey(window.tvRecipes->currentItem()), QStringLiteral("G3"));
+        QCOMPARE(window.DisplayedAddress(), modGeneral::TempFilename);
+        QCOMPARE(window.webDisplay->toPlainText().left(4), QStringLiteral("Čaji"));
+        QCOMPARE(UiServices::MousePointer(), int(UiServices::vbDefault));
+    }
+
+    void emptyDatabaseGivesEmptyTreeAndBlankPage() {
+        auto window = Open(TestDatabase::Sqlite, false);
+        QCOMPARE(window->tvRecipes->topLevelItemCount(), 0);
+        QCOMPARE(window->DisplayedAddress(), QStringLiteral("about:blank"));
+        QCOMPARE(window->webDisplay->toPlainText(), QString());
+        for (const char* name : {"mnuDocumentEdit", "mnuDocumentDelete", "mnuEditGroupEdit",
+                                 "mnuEditGroupDelete", "mnuEditTypeEdit", "mnuEditTypeDelete",
+                                 "mnuEditTypeNew", "editRecipe", "deleteRecipe"}) {
+            QVERIFY2(!Enabled(*window, name), name);
+        }
+        for (const char* name : {"mnuDocumentNew", "mnuDocumentPrint", "mnuEditGroupNew",
+                                 "mnuToolsFind", "newRecipe", "printRecipe", "exitProgram"}) {
+            QVERIFY2(Enabled(*window, name), name);
+        }
+    }
+
+    void commandsFollowTheSelectedNode_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QStringList>("enabled");
+        const QStringList always{"mnuDocumentNew",
+                                 "mnuDocumentPrint",
+                                 "mnuDocumentQuit",
+                                 "mnuEditGroupNew",
+                                 "mnuEditSources",
+                                 "mnuEditIngredients",
+                                 "mnuEditUnits",
+                                 "mnuToolsFind",
+                                 "mnuToolsSettings",
+                                 "mnuHelpDocumentation",
+                                 "mnuHelpAbout",
+                                 "newRecipe",
+                                 "printRecipe",
+                                 "listSources",
+                                 "listIngredients",
+                                 "listUnits",
+                                 "find",
+                                 "exitProgram"};
+        QTest::newRow("nothing") << QString() << always;
+        QTest::newRow("group") << "G1"
+                               << always + QStringList{"mnuEditGroupEdit", "mnuEditGroupDelete",
+                                                       "mnuEditTypeNew"};
+        QTest::newRow("type") << "T2"
+                              << always + QStringList{"mnuEditTypeEdit", "mnuEditTypeDelete",
+                                                      "mnuEditTypeNew"};
+        QTest::newRow("recipe") << "R3"
+                                << always + QStringList{"mnuDocumentEdit", "mnuDocumentDelete",
+                                                        "editRecipe", "deleteRecipe",
+                                                        "mnuEditTypeNew"};
+    }
+    void commandsFollowTheSelectedNode() {
+        QFETCH(QString, key);
+        QFETCH(QStringList, enabled);
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, key);
+        QStringList actual;
+        for (QAction* action : window->findChildren<QAction*>()) {
+            if (!action->objectName().isEmpty() && !action->isSeparator() && !action->menu() &&
+                action->isEnabled()) {
+                actual << action->objectName();
+            }
+        }
+        actual.sort();
+        enabled.sort();
+        QCOMPARE(actual, enabled);
+    }
+
+    void clickingANodeShowsItsPage_data() { TestDatabase::AddKinds(); }
+    void clickingANodeShowsItsPage() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        for (const QString& key :
+             {QStringLiteral("R3"), QStringLiteral("T1"), QStringLiteral("G2")}) {
+            Select(*window, key);
+            const QString expected = key.startsWith('R')   ? modDisplay::RecipePage(3)
+                                     : key.startsWith('T') ? modDisplay::TypePage(1)
+                                                           : modDisplay::GroupPage(2);
+            QCOMPARE(FileBytes(modGeneral::TempFilename), Windows1250::Encode(expected));
+            QCOMPARE(window->DisplayedAddress(), modGeneral::TempFilename);
+        }
+        QVERIFY(window->webDisplay->toPlainText().startsWith(QStringLiteral("Sladice")));
+    }
+
+    void pageThatCannotBeWrittenTakesTheErrorPath() {
+        auto window = Open(TestDatabase::Sqlite);
+        MessageRecorder messages;
+        QFile::remove(QStringLiteral("errors.log"));
+        modGeneral::TempFilename =
+            TestDatabase::WorkFolder() + QStringLiteral("/no/such/page.html");
+        Select(*window, "R1");
+        QCOMPARE(messages.Messages().size(), 1);
+        QCOMPARE(messages.Messages()[0].style, 48);
+        const QString log = QString::fromUtf8(FileBytes(QStringLiteral("errors.log")));
+        QVERIFY2(log.contains(QStringLiteral(
+                     "\r\n\r\nfrmMain:tvRecipes_NodeClick->modDisplay:DisplayRecipe->Morvena->")),
+                 qPrintable(log));
+        QCOMPARE(UiServices::MousePointer(), int(UiServices::vbHourglass));
+        UiServices::SetMousePointer(UiServices::vbDefault);
+    }
+
+    void refreshAndRestoreSelectsTheNode_data() { TestDatabase::AddKinds(); }
+    void refreshAndRestoreSelectsTheNode() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        TestDatabase::Insert("Recipe", {{"typeID", 2}, {"title", "Bučna juha"}});
+        window->RefreshAndRestore(QStringLiteral("R4"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
+        QCOMPARE(FileBytes(modGeneral::TempFilename),
+                 Windows1250::Encode(modDisplay::RecipePage(4)));
+        window->RefreshAndRestore(QStringLiteral("R99"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G1"));
+    }
+
+    void deletingARecipeAsksAndRemovesItsSections_data() { TestDatabase::AddKinds(); }
+    void deletingARecipeAsksAndRemovesItsSections() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        // recipe 1 also uses section 2 (Testo) of recipe 3
+        TestDatabase::Insert("RecipeSection", {{"recipeID", 1}, {"sectionID", 2}, {"place", 2}});
+        Select(*window, "R3");
+        MessageRecorder messages;
+        messages.Answer(UiServices::vbNo);
+        window->menus.mnuDocumentDelete->trigger();
+        QCOMPARE(messages.Messages().size(), 1);
+        QCOMPARE(messages.Messages()[0].text, QStringLiteral("Ali res želite izbrisati recept?"));
+        QCOMPARE(messages.Messages()[0].style, 36);
+        QCOMPARE(messages.Messages()[0].title, QStringLiteral("Morvena"));
+        QCOMPARE(Rows("SELECT recipeID FROM [Recipe] ORDER BY recipeID;"),
+                 (QStringList{"1", "2", "3"}));
+        window->menus.mnuDocumentDelete->trigger();  // answered Yes
+        QCOMPARE(Rows("SELECT recipeID FROM [Recipe] ORDER BY recipeID;"), (QStringList{"1", "2"}));
+        QCOMPARE(Rows("SELECT sectionID FROM [Section] ORDER BY sectionID;"),
+                 (QStringList{"1", "4"}));
+        QCOMPARE(Rows("SELECT recipeID, sectionID, place FROM [RecipeSection] ORDER BY "
+                      "recipeSectionID;"),
+                 (QStringList{"1|1|1", "2|4|1"}));
+        QCOMPARE(Rows("SELECT sectionID FROM [SectionIngredient] ORDER BY sectionIngredientID;"),
+                 (QStringList{"1", "4", "4"}));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G1"));
+        QVERIFY(!Node(*window, "R3"));
+    }
+
+    void deletingAGroupWithSubgroupsIsRefused_data() { TestDatabase::AddKinds(); }
+    void deletingAGroupWithSubgroupsIsRefused() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        TestDatabase::Insert("Group", {{"name", "Zimnica"}});
+        window->RefreshAndRestore(QStringLiteral("G1"));
+        MessageRecorder messages;
+        window->menus.mnuEditGroupDelete->trigger();
+        QCOMPARE(messages.Texts(), (QStringList{"Ali res želite izbrisati skupino?",
+                                                "Najprej morate izbrisati vse pripadajoče "
+                                                "podskupine."}));
+        QCOMPARE(messages.Messages()[1].style, 64);
+        QCOMPARE(Rows("SELECT COUNT(*) FROM [Group];"), QStringList{"3"});
+        Select(*window, "G3");
+        messages.Clear();
+        window->menus.mnuEditGroupDelete->trigger();
+        QCOMPARE(messages.Texts(), QStringList{"Ali res želite izbrisati skupino?"});
+        QCOMPARE(Rows("SELECT name FROM [Group] ORDER BY name;"), (QStringList{"Juhe", "Sladice"}));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G1"));
+    }
+
+    void deletingATypeWithRecipesIsRefused_data() { TestDatabase::AddKinds(); }
+    void deletingATypeWithRecipesIsRefused() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        TestDatabase::Insert("Type", {{"groupID", 2}, {"name", "Torte"}});
+        window->RefreshAndRestore(QStringLiteral("T3"));
+        MessageRecorder messages;
+        window->menus.mnuEditTypeDelete->trigger();
+        QCOMPARE(messages.Texts(), (QStringList{"Ali res želite izbrisati podskupino?",
+                                                "Najprej morate izbrisati vse pripadajoče "
+                                                "recepte."}));
+        QCOMPARE(Rows("SELECT COUNT(*) FROM [Type];"), QStringList{"4"});
+        Select(*window, "T4");
+        messages.Answer(UiServices::vbNo);
+        window->menus.mnuEditTypeDelete->trigger();
+        QCOMPARE(Rows("SELECT COUNT(*) FROM [Type];"), QStringList{"4"});
+        window->menus.mnuEditTypeDelete->trigger();
+        QCOMPARE(Rows("SELECT typeID FROM [Type] ORDER BY typeID;"), (QStringList{"1", "2", "3"}));
+    }
+
+    void shortcutMenuBelongsToTheSelectedNode_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("menu");
+        QTest::addColumn<QString>("defaultItem");
+        QTest::newRow("nothing") << QString() << "mnuEdit"
+                                 << "mnuEditGroupNew";
+        QTest::newRow("group") << "G1"
+                               << "mnuEdit"
+                               << "mnuEditGroupEdit";
+        QTest::newRow("type") << "T1"
+                              << "mnuEdit"
+                              << "mnuEditTypeEdit";
+        QTest::newRow("recipe") << "R1"
+                                << "mnuDocument"
+                                << "mnuDocumentEdit";
+    }
+    void shortcutMenuBelongsToTheSelectedNode() {
+        QFETCH(QString, key);
+        QFETCH(QString, menu);
+        QFETCH(QString, defaultItem);
+        auto window = Open(TestDatabase::Sqlite);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        Select(*window, key);
+        QString shownMenu;
+        QString shownDefault;
+        bool shownDefaultBold = false;
+        QTimer::singleShot(0, [&] {
+            auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            if (popup) {
+                shownMenu = popup->objectName();
+                shownDefault =
+                    popup->defaultAction() ? popup->defaultAction()->objectName() : QString();
+                shownDefaultBold = popup->defaultAction() != nullptr;
+                popup->close();
+            }
+        });
+        // right click on another node: the menu is the selected node's, the selection stays
+        QTreeWidgetItem* other = Node(*window, "R2");
+        window->tvRecipes->scrollToItem(other);
+        QTest::mouseClick(window->tvRecipes->viewport(), Qt::RightButton, {},
+                          window->tvRecipes->visualItemRect(other).center());
+        QTRY_COMPARE(shownMenu, menu);
+        QCOMPARE(shownDefault, defaultItem);
+        QVERIFY(shownDefaultBold);
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), key);
+        QVERIFY(!window->findChild<QMenu*>(menu)->defaultAction());
+    }
+
+    void doubleClickOpensTheNodesEditCommand_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("command");
+        QTest::newRow("group") << "G1"
+                               << "mnuEditGroupEdit";
+        QTest::newRow("type") << "T2"
+                              << "mnuEditTypeEdit";
+        QTest::newRow("recipe") << "R2"
+                                << "mnuDocumentEdit";
+    }
+    void doubleClickOpensTheNodesEditCommand() {
+        QFETCH(QString, key);
+        QFETCH(QString, command);
+        auto window = Open(TestDatabase::Sqlite);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        window->tvRecipes->expandAll();
+        Select(*window, key);
+        QSignalSpy triggered(window->findChild<QAction*>(command), &QAction::triggered);
+        const QPoint where = window->tvRecipes->visualItemRect(Node(*window, key)).center();
+        QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
+        QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
+        QTRY_COMPARE(triggered.count(), 1);
+    }
+
+    void menusAndToolbarCarryTheirCaptions() {
+        auto window = Open(TestDatabase::Sqlite);
+        QStringList menus;
+        for (QAction* top : window->menuBar()->actions()) {
+            menus << top->text();
+            for (QAction* item : top->menu()->actions()) {
+                menus << QStringLiteral("  ") +
+                             (item->isSeparator() ? QStringLiteral("-") : item->text()) +
+                             (item->shortcut().isEmpty()
+                                  ? QString()
+                                  : QLatin1Char('\t') + item->shortcut().toString());
+            }
+        }
+        QCOMPARE(menus, (QStringList{"&Dokument",
+                                     "  &Nov recept...\tCtrl+N",
+                                     "  &Uredi recept...\tCtrl+E",
+                                     "  Iz&briši recept\tCtrl+D",
+                                     "  -",
+                                     "  Na&tisni recept...\tCtrl+P",
+                                     "  -",
+                                     "  &Izhod\tCtrl+Q",
+                                     "&Urejanje",
+                                     "  &Nova skupina...",
+                                     "  &Uredi skupino...",
+                                     "  &Izbriši skupino",
+                                     "  -",
+                                     "  Nova &podskupina...",
+                                     "  Uredi p&odskupino...",
+                                     "  Izbriši po&dkupino",
+                                     "  -",
+                                     "  Uredi seznam &virov...",
+                                     "  Uredi seznam &sestavin...",
+                                     "  Uredi seznam &enot...",
+                                     "&Orodja",
+                                     "  &Iskanje...\tCtrl+F",
+                                     "  &Nastavitve...",
+                                     "&Pomoč",
+                                     "  &Navodila",
+                                     "  -",
+                                     "  Vizitka..."}));
+        QStringList buttons;
+        for (QAction* button : window->menus.tbMain->actions()) {
+            buttons << button->objectName() + QLatin1Char('=') + button->toolTip();
+        }
+        QCOMPARE(
+            buttons,
+            (QStringList{"newRecipe=Nov recept (Ctrl+N)", "editRecipe=Uredi recept (Ctrl+E)",
+                         "deleteRecipe=Izbriši recept (Ctrl+D)",
+                         "printRecipe=Natisni recept (Ctrl+P)", "listSources=Uredi seznam virov",
+                         "listIngredients=Uredi seznam sestavin", "listUnits=Uredi seznam enot",
+                         "find=Iskanje (Ctrl+F)", "exitProgram=Izhod (Ctrl+Q)"}));
+        for (QAction* button : window->menus.tbMain->actions()) {
+            QVERIFY2(!button->icon().isNull(), qPrintable(button->objectName()));
+        }
+        QVERIFY(window->windowTitle().startsWith(QStringLiteral("Morvena 1.3.0 - ")));
+    }
+
+    void toolbarButtonsRunTheMenuCommands() {
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, "R1");
+        const QStringList pairs{"newRecipe=mnuDocumentNew",
+                                "editRecipe=mnuDocumentEdit",
+                                "deleteRecipe=mnuDocumentDelete",
+                                "listSources=mnuEditSources",
+                                "listIngredients=mnuEditIngredients",
+                                "listUnits=mnuEditUnits",
+                                "find=mnuToolsFind",
+                                "exitProgram=mnuDocumentQuit"};
+        MessageRecorder messages;
+        for (const QString& pair : pairs) {
+            messages.Answer(UiServices::vbNo);  // to the delete and the closing questions
+            QSignalSpy spy(window->findChild<QAction*>(pair.section('=', 1)), &QAction::triggered);
+            window->menus.Button(pair.section('=', 0, 0))->trigger();
+            QCOMPARE(spy.count(), 1);
+        }
+    }
+
+    void splitterStaysWithinItsLimits() {
+        auto window = Open(TestDatabase::Sqlite);
+        window->resize(800, 600);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        const int innerTwips = window->centralWidget()->width() * 15;
+        window->MoveSplitter(100);
+        QCOMPARE(window->imgSplitter->x(), 500 / 15);
+        QVERIFY(StoreText().contains(QStringLiteral("\"SplitterPosition\"=dword:000001f4")));
+        window->MoveSplitter(100000);
+        QCOMPARE(window->imgSplitter->x(), (innerTwips - 120 - 60) / 15);
+        QCOMPARE(modRegistry::GetRegistryLong(modRegistry::ProgramKey, "SplitterPosition", 0, true),
+                 innerTwips - 120 - 60);
+        window->MoveSplitter(3000);
+        QCOMPARE(window->imgSplitter->x(), 200);
+        QCOMPARE(window->tvRecipes->geometry().right() + 1, 200);
+        QCOMPARE(window->webDisplay->x(), 204);
+        // dragging: press, move 30 pixels right, release
+        QTest::mousePress(window->imgSplitter, Qt::LeftButton, {}, QPoint(1, 5));
+        QMouseEvent move(QEvent::MouseMove, QPointF(31, 5),
+                         window->imgSplitter->mapToGlobal(QPointF(31, 5)), Qt::NoButton,
+                         Qt::LeftButton, {});
+        QApplication::sendEvent(window->imgSplitter, &move);
+        QCOMPARE(window->imgSplitter->x(), 231);
+        QTest::mouseRelease(window->imgSplitter, Qt::LeftButton, {}, QPoint(31, 5));
+        QMouseEvent after(QEvent::MouseMove, QPointF(60, 5),
+                          window->imgSplitter->mapToGlobal(QPointF(60, 5)), Qt::NoButton,
+                          Qt::NoButton, {});
+        QApplication::sendEvent(window->imgSplitter, &after);
+        QCOMPARE(window->imgSplitter->x(), 231);
+        QCOMPARE(modRegistry::GetRegistryLong(modRegistry::ProgramKey, "SplitterPosition", 0, true),
+                 231 * 15);
+    }
+
+    void windowLayoutIsKeptBetweenRuns() {
+        TestDatabase::OpenFresh(TestDatabase::Sqlite);
+        {
+            frmMain first;
+            QCOMPARE(first.size(), QSize(8000 / 15, 6000 / 15));
+            QCOMPARE(first.imgSplitter->x(), 2000 / 15);
+            first.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&first));
+            first.resize(700, 500);
+            QTRY_COMPARE(
+                modRegistry::GetRegistryLong(modRegistry::ProgramKey, "WindowWidth", 0, true),
+                700 * 15);
+            first.MoveSplitter(2400);
+            QCOMPARE(modRegistry::GetRegistryLong(modRegistry::ProgramKey, "WindowHeight", 0, true),
+                     500 * 15);
+        }
+        frmMain second;
+        QCOMPARE(second.size(), QSize(700, 500));
+        QCOMPARE(second.imgSplitter->x(), 160);
+    }
+
+    void closingAsksAndKeepsTheStateAndClosesTheConnection_data() { TestDatabase::AddKinds(); }
+    void closingAsksAndKeepsTheStateAndClosesTheConnection() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        MessageRecorder messages;
+        messages.Answer(UiServices::vbNo);
+        window->menus.mnuDocumentQuit->trigger();
+        QCOMPARE(messages.Texts(), QStringList{"Ali res želite zapustiti program?"});
+        QCOMPARE(messages.Messages()[0].style, 36);
+        QVERIFY(window->isVisible());
+        QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
+        window->showMaximized();
+        window->close();  // answered Yes
+        QVERIFY(!window->isVisible());
+        QVERIFY(!modDatabase::Connection);
+        QCOMPARE(modRegistry::GetRegistryLong(modRegistry::ProgramKey, "WindowState", -1, true), 2);
+    }
+
+    void documentationOpensFromTheInstallationFolder() {
+        auto window = Open(TestDatabase::Sqlite);
+        modRegistry::SetRegistryString(modRegistry::ProgramKey, "InstallDir", "/opt/morvena", true);
+        QStringList opened;
+        UiServices::SetOpenerHandler([&](const QString& target, const QString& folder) {
+            opened << target + QLatin1Char('@') + folder;
+        });
+        window->menus.mnuHelpDocumentation->trigger();
+        UiServices::SetOpenerHandler({});
+        QCOMPARE(opened, QStringList{"docs/page11.html@/opt/morvena/"});
+    }
+
+    void printingSwapsThePageSetupAndPutsItBack() {
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, "R3");
+        PagePrinter::WritePageSetup({QStringLiteral("Moja glava &p"), QStringLiteral("Moja noga")});
+        const QString pdf = TestDatabase::WorkFolder() + QStringLiteral("/print.pdf");
+        QStringList seenHeaders;
+        PagePrinter::SetPrinterPreparer([&](QPrinter& printer) {
+            printer.setOutputFormat(QPrinter::PdfFormat);
+            printer.setOutputFileName(pdf);
+            seenHeaders << PagePrinter::ReadPageSetup().header + QLatin1Char('|') +
+                               PagePrinter::ReadPageSetup().footer;
+        });
+        int dialogs = 0;
+        UiServices::SetPrintDialogHandler([&](QPrinter&, QWidget*) { return ++dialogs > 0; });
+        window->menus.Button(QStringLiteral("printRecipe"))->trigger();
+        QCOMPARE(dialogs, 0);
+        QVERIFY(QFile::exists(pdf));
+        QFile::remove(pdf);
+        window->menus.mnuDocumentPrint->trigger();
+        QCOMPARE(dialogs, 1);
+        QVERIFY(QFile::exists(pdf));
+        QCOMPARE(seenHeaders, (QStringList{"&w&bStran &p od &P|", "&w&bStran &p od &P|"}));
+        QCOMPARE(PagePrinter::ReadPageSetup().header, QStringLiteral("Moja glava &p"));
+        QCOMPARE(PagePrinter::ReadPageSetup().footer, QStringLiteral("Moja noga"));
+        PagePrinter::SetPrinterPreparer({});
+        UiServices::SetPrintDialogHandler({});
+    }
+};
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"
