@@ -154,6 +154,18 @@ void SelectTreeViewItem(QTreeWidget* tree, const QString& key) {
     }
 }
 
+QString TrimBlanks(const QString& text) {
+    qsizetype start = 0;
+    qsizetype end = text.size();
+    while (start < end && text[start] == QLatin1Char(' ')) {
+        ++start;
+    }
+    while (end > start && text[end - 1] == QLatin1Char(' ')) {
+        --end;
+    }
+    return text.mid(start, end - start);
+}
+
 bool IsNumeric(const QString& text) {
     for (const QChar c : text) {
         if (c < QLatin1Char('0') || c > QLatin1Char('9')) {

@@ -62,6 +62,8 @@ void SelectTreeViewItem(QTreeWidget* tree, const QString& key);
 // The key of a list entry or tree node.
 QString ItemKey(const QTreeWidgetItem* item);
 
+// The text without blanks (the space character only) at either end.
+QString TrimBlanks(const QString& text);
 // True when every character is a digit 0 to 9 (so also for the empty text).
 bool IsNumeric(const QString& text);
 // The text without apostrophes.

@@ -29,19 +29,6 @@ QString PageHead(const QString& title, bool withTableRule) {
            QStringLiteral("--></style></head><body>");
 }
 
-// Trims blanks (the space character only) at both ends.
-QString TrimBlanks(const QString& text) {
-    qsizetype start = 0;
-    qsizetype end = text.size();
-    while (start < end && text[start] == QLatin1Char(' ')) {
-        ++start;
-    }
-    while (end > start && text[end - 1] == QLatin1Char(' ')) {
-        --end;
-    }
-    return text.mid(start, end - start);
-}
-
 QString IngredientLines(const QVariant& sectionID) {
     Recordset rs = GetRecordset(
         QStringLiteral(
@@ -76,7 +63,7 @@ QString Sections(qint32 recipeID) {
         page += QStringLiteral("<h3>Sestavine:</h3>");
         page += IngredientLines(rs.Fields(QStringLiteral("sectionID")));
         const QString instructions =
-            TrimBlanks(NullToStr(rs.Fields(QStringLiteral("instructions"))));
+            modGeneral::TrimBlanks(NullToStr(rs.Fields(QStringLiteral("instructions"))));
         if (!instructions.isEmpty()) {
             page += QStringLiteral("<h3>Potek dela:</h3>") +
                     QString(instructions).replace(QStringLiteral("\r\n"), QStringLiteral("<br>"));

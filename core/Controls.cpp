@@ -1,0 +1,120 @@
+#include "core/Controls.h"
+
+#include <QEvent>
+#include <QFocusEvent>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTreeWidget>
+
+namespace Controls {
+namespace {
+
+template <class T>
+T* Named(T* control, const QString& name) {
+    control->setObjectName(name);
+    return control;
+}
+
+class GotFocusFilter : public QObject {
+public:
+    GotFocusFilter(QWidget* box, std::function<void()> gotFocus)
+        : QObject(box), m_gotFocus(std::move(gotFocus)) {}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        switch (event->type()) {
+            case QEvent::FocusIn: {
+                const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+                if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+                    m_gotFocus();
+                    m_focusedByMouse = reason == Qt::MouseFocusReason;
+                }
+                break;
+            }
+            case QEvent::FocusOut:
+                m_focusedByMouse = false;
+                break;
+            case QEvent::MouseButtonPress:
+                if (m_focusedByMouse) {
+                    m_focusedByMouse = false;
+                    return true;  // would put the cursor where it was pressed
+                }
+                break;
+            default:
+                break;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_gotFocus;
+    bool m_focusedByMouse = false;
+};
+
+}  // namespace
+
+QLabel* NewLabel(QWidget* parent, const QString& name, const QString& caption) {
+    auto* label = Named(new QLabel(caption, parent), name);
+    label->setTextFormat(Qt::PlainText);
+    return label;
+}
+
+QLineEdit* NewTextBox(QWidget* parent, const QString& name, int maxLength) {
+    auto* box = Named(new QLineEdit(parent), name);
+    if (maxLength > 0) {
+        box->setMaxLength(maxLength);
+    }
+    return box;
+}
+
+QPlainTextEdit* NewMultiLineTextBox(QWidget* parent, const QString& name) {
+    auto* box = Named(new QPlainTextEdit(parent), name);
+    box->setTabChangesFocus(true);
+    box->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    return box;
+}
+
+QPushButton* NewButton(QWidget* parent, const QString& name, const QString& caption) {
+    return Named(new QPushButton(caption, parent), name);
+}
+
+QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>& widthsTwips,
+                         const QStringList& headings) {
+    auto* list = Named(new QTreeWidget(parent), name);
+    list->setRootIsDecorated(false);
+    list->setColumnCount(widthsTwips.size());
+    list->setHeaderLabels(headings);
+    list->setHeaderHidden(std::all_of(headings.begin(), headings.end(),
+                                      [](const QString& h) { return h.isEmpty(); }));
+    list->header()->setStretchLastSection(false);
+    for (int i = 0; i < widthsTwips.size(); ++i) {
+        list->setColumnWidth(i, Pixels(widthsTwips[i]));
+        list->setColumnHidden(i, widthsTwips[i] == 0);
+    }
+    return list;
+}
+
+void OnGotFocus(QWidget* box, std::function<void()> gotFocus) {
+    box->installEventFilter(new GotFocusFilter(box, std::move(gotFocus)));
+}
+
+void SelectAll(QWidget* box) {
+    if (auto* line = qobject_cast<QLineEdit*>(box)) {
+        line->selectAll();
+    } else if (auto* text = qobject_cast<QPlainTextEdit*>(box)) {
+        text->selectAll();
+    }
+}
+
+QString MultiLineText(const QPlainTextEdit* box) {
+    return box->toPlainText().replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
+}
+
+void SetMultiLineText(QPlainTextEdit* box, const QString& text) {
+    box->setPlainText(QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+}
+
+}  // namespace Controls

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <functional>
+
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QTreeWidget;
+class QWidget;
+
+// Building the controls of the program's windows: each control carries its name as objectName,
+// sizes given in twips become pixels.
+namespace Controls {
+
+constexpr int Pixels(int twips) { return twips / 15; }
+
+QLabel* NewLabel(QWidget* parent, const QString& name, const QString& caption);
+QLineEdit* NewTextBox(QWidget* parent, const QString& name, int maxLength = 0);
+// A multi-line text box with a vertical scroll bar; Tab moves the focus on.
+QPlainTextEdit* NewMultiLineTextBox(QWidget* parent, const QString& name);
+QPushButton* NewButton(QWidget* parent, const QString& name, const QString& caption);
+// A list view in report form: one column per width (twips), headings hidden when all are empty.
+QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>& widthsTwips,
+                         const QStringList& headings = {});
+
+// Runs `gotFocus` whenever the box receives the focus (not when its window is activated again);
+// the mouse press that gave the focus does not move the cursor, so a selection made by the
+// handler stays.
+void OnGotFocus(QWidget* box, std::function<void()> gotFocus);
+// Selects the whole text of a text box.
+void SelectAll(QWidget* box);
+
+// The text of a multi-line box with CR LF line breaks, as the program stores texts.
+QString MultiLineText(const QPlainTextEdit* box);
+void SetMultiLineText(QPlainTextEdit* box, const QString& text);
+
+}  // namespace Controls
