@@ -45,7 +45,6 @@ Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& conn
     const int columns = record.count();
     for (int i = 0; i < columns; ++i) {
         rs.m_names << record.fieldName(i);
-        rs.m_index.insert(record.fieldName(i).toLower(), i);
     }
     while (query.next()) {
         QVector<QVariant> row(columns);
@@ -74,11 +73,12 @@ int Recordset::RecordCount() const {
 }
 
 int Recordset::FieldIndex(const QString& name) const {
-    const auto found = m_index.constFind(name.toLower());
-    if (found == m_index.constEnd()) {
-        ErrorPath::Raise(3265, QStringLiteral("Item %1 not found in this collection.").arg(name));
+    for (int i = 0; i < m_names.size(); ++i) {
+        if (m_names[i].compare(name, Qt::CaseInsensitive) == 0) {
+            return i;
+        }
     }
-    return found.value();
+    ErrorPath::Raise(3265, QStringLiteral("Item %1 not found in this collection.").arg(name));
 }
 
 const QVector<QVariant>& Recordset::CurrentRow() const {

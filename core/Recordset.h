@@ -55,7 +55,6 @@ private:
     std::shared_ptr<modDatabase::DbConnection> m_connection;
     QString m_table;  // bracketed, empty when the result is not updatable
     QStringList m_names;
-    QHash<QString, int> m_index;  // lower-case name -> column
     std::vector<QVector<QVariant>> m_rows;
     std::vector<bool> m_deleted;
     QVector<bool> m_changed;

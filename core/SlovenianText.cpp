@@ -8,9 +8,13 @@ namespace SlovenianText {
 namespace {
 
 // Decodes the next code point of a UTF-8 text; a malformed byte stands for itself.
-char32_t NextCodePoint(std::string_view text, size_t& pos) {
+inline char32_t NextCodePoint(std::string_view text, size_t& pos) {
     const auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byte(pos);
+    if (lead < 0x80) {
+        ++pos;
+        return lead;
+    }
     int length = lead < 0x80           ? 1
                  : (lead >> 5) == 0x6  ? 2
                  : (lead >> 4) == 0xe  ? 3
@@ -92,22 +96,33 @@ char32_t Fold(char32_t codePoint) {
 }
 
 int Compare(std::string_view a, std::string_view b) {
-    thread_local std::u32string foldedA;
-    thread_local std::u32string foldedB;
-    FoldedInto(foldedA, a);
-    FoldedInto(foldedB, b);
-    const size_t common = std::min(foldedA.size(), foldedB.size());
-    for (size_t i = 0; i < common; ++i) {
-        const uint32_t wa = PrimaryWeight(foldedA[i]);
-        const uint32_t wb = PrimaryWeight(foldedB[i]);
+    // One pass over both texts: the first difference of primary weights decides; then the
+    // shorter text; then the first difference of the folded characters (accents, other scripts).
+    size_t posA = 0;
+    size_t posB = 0;
+    int secondary = 0;
+    while (posA < a.size() && posB < b.size()) {
+        const char32_t ca = Fold(NextCodePoint(a, posA));
+        const char32_t cb = Fold(NextCodePoint(b, posB));
+        if (ca == cb) {
+            continue;
+        }
+        const uint32_t wa = PrimaryWeight(ca);
+        const uint32_t wb = PrimaryWeight(cb);
         if (wa != wb) {
             return wa < wb ? -1 : 1;
         }
+        if (secondary == 0) {
+            secondary = ca < cb ? -1 : 1;
+        }
     }
-    if (foldedA.size() != foldedB.size()) {
-        return foldedA.size() < foldedB.size() ? -1 : 1;
+    if (posA < a.size()) {
+        return 1;
     }
-    return foldedA.compare(foldedB) < 0 ? -1 : foldedA == foldedB ? 0 : 1;
+    if (posB < b.size()) {
+        return -1;
+    }
+    return secondary;
 }
 
 int Compare(const QString& a, const QString& b) {

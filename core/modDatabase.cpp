@@ -106,9 +106,12 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
         SqliteExtensions::Register(handle);
     }
     Check(expect, fileName);
-    if (State() == adStateOpen) {
+    // A database in use writes ahead into a log; a database being created stays in the plain
+    // journal mode, so that the finished file also opens where it cannot be written.
+    if (State() == adStateOpen && expect == Expect::MorvenaDatabase) {
         QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=WAL"));
         QSqlQuery(db).exec(QStringLiteral("PRAGMA synchronous=FULL"));
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA cache_size=-65536"));
     }
 }
 

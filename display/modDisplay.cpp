@@ -1,6 +1,9 @@
 #include "display/modDisplay.h"
 
-#include <QSaveFile>
+#include <QFile>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 #include "core/AppError.h"
 #include "core/Windows1250.h"
@@ -161,13 +164,24 @@ QString GroupPage(qint32 groupID) {
 }
 
 void WriteDisplayFile(const QString& page) {
-    QSaveFile file(modGeneral::TempFilename);
-    if (!file.open(QIODevice::WriteOnly)) {
-        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(file.errorString()));
-    }
+    // Written beside the display file and then renamed over it: a reader sees the old page or
+    // the new one, never half a page, and a failure leaves the old page in place.
+    const QString partFile = modGeneral::TempFilename + QStringLiteral(".part");
+    QFile file(partFile);
     const QByteArray bytes = Windows1250::Encode(page);
-    if (file.write(bytes) != bytes.size() || !file.commit()) {
-        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(file.errorString()));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(bytes) != bytes.size() || !file.flush()) {
+        const QString reason = file.errorString();
+        file.close();
+        QFile::remove(partFile);
+        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(reason));
+    }
+    file.close();
+    if (std::rename(QFile::encodeName(partFile).constData(),
+                    QFile::encodeName(modGeneral::TempFilename).constData()) != 0) {
+        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+        QFile::remove(partFile);
+        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(reason));
     }
 }
 
