@@ -25,6 +25,7 @@
 #include <random>
 #include <vector>
 
+#include "bench/support/BenchSupport.h"
 #include "core/AppError.h"
 #include "core/Recordset.h"
 #include "core/Schema.h"
@@ -36,10 +37,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-const QString PgUser = QStringLiteral("morvena");
-const QString PgPassword = QStringLiteral("morvena-test");
+using namespace Bench;
 
 struct Options {
     QString cacheDir;
@@ -49,31 +47,6 @@ struct Options {
     int warmups = 2;
     int displays = 1000;
 };
-
-double Milliseconds(Clock::duration d) {
-    return std::chrono::duration<double, std::milli>(d).count();
-}
-
-double Median(std::vector<double> values) {
-    if (values.empty()) {
-        return 0.0;
-    }
-    std::sort(values.begin(), values.end());
-    const size_t n = values.size();
-    return n % 2 == 1 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2.0;
-}
-
-void Print(const QString& line) {
-    std::printf("%s\n", line.toUtf8().constData());
-    std::fflush(stdout);
-}
-
-QString Fixed(double value, int decimals = 2) { return QString::number(value, 'f', decimals); }
-
-QString ErrorText() {
-    const AppError error = ErrorPath::Current();
-    return error.Source() + QStringLiteral("->") + error.Description();
-}
 
 // What one pass over the catalogue saw; the fingerprint depends on the order of the keys, the
 // tally counts the characters of the names and titles plus the fields that are not NULL. Two
@@ -161,6 +134,8 @@ public:
             return;
         }
         SqliteExtensions::Register(m_db);
+        // the same page cache as the program's own connections
+        sqlite3_exec(m_db, "PRAGMA cache_size=-65536", nullptr, nullptr, nullptr);
     }
     ~SqliteFloor() { sqlite3_close_v2(m_db); }
     SqliteFloor(const SqliteFloor&) = delete;
@@ -238,82 +213,6 @@ private:
 };
 
 // ---- databases ---------------------------------------------------------------------------------
-
-// Creates a database the way morvena-tool's generate does; returns the seconds it took, or a
-// negative number after printing why it failed.
-double GenerateInto(int kind, const QString& server, const QString& database, int recipes) {
-    const auto start = Clock::now();
-    auto connection = std::make_shared<modDatabase::DbConnection>(
-        kind, modDatabase::BuildConnectionString(
-                  kind, server, database, kind == modDatabase::ServerDatabase ? PgUser : QString(),
-                  kind == modDatabase::ServerDatabase ? PgPassword : QString()));
-    connection->OpenEmpty();
-    if (connection->State() != modDatabase::adStateOpen) {
-        Print(QStringLiteral("  cannot create %1: %2").arg(database, connection->LastError()));
-        return -1.0;
-    }
-    try {
-        Schema::Create(*connection);
-        SyntheticDatabase::Generate(*connection, recipes);
-    } catch (...) {
-        Print(QStringLiteral("  generating %1 failed: %2").arg(database, ErrorText()));
-        return -1.0;
-    }
-    connection.reset();
-    return Milliseconds(Clock::now() - start) / 1000.0;
-}
-
-void RemoveSqliteFiles(const QString& fileName) {
-    for (const QString& suffix :
-         {QString(), QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
-        QFile::remove(fileName + suffix);
-    }
-}
-
-// The SQLite file with the given number of recipes: reused from the cache folder when there,
-// otherwise generated (into the cache folder when one is given). Empty on failure.
-QString SqliteDatabase(const QString& folder, bool cached, int recipes) {
-    const QString fileName = folder + QStringLiteral("/bench_%1.sqlite").arg(recipes);
-    if (cached && QFileInfo::exists(fileName)) {
-        Print(QStringLiteral("sqlite  %1 recipes  reusing %2").arg(recipes).arg(fileName));
-        return fileName;
-    }
-    const QString partial = fileName + QStringLiteral(".part");
-    RemoveSqliteFiles(partial);
-    const double seconds = GenerateInto(modDatabase::FileDatabase, QString(), partial, recipes);
-    if (seconds < 0) {
-        RemoveSqliteFiles(partial);
-        return QString();
-    }
-    RemoveSqliteFiles(fileName);
-    if (!QFile::rename(partial, fileName)) {
-        Print(QStringLiteral("  cannot rename %1 to %2").arg(partial, fileName));
-        return QString();
-    }
-    Print(QStringLiteral("sqlite  %1 recipes  generated in %2 s (%3, %4 MB)")
-              .arg(recipes)
-              .arg(Fixed(seconds))
-              .arg(fileName)
-              .arg(Fixed(QFileInfo(fileName).size() / 1048576.0, 1)));
-    return fileName;
-}
-
-bool OpenShared(int kind, const QString& server, const QString& database) {
-    modDatabase::CloseConnection();
-    modGeneral::DatabaseType = kind;
-    modGeneral::ServerName = server;
-    modGeneral::DatabaseName = database;
-    modGeneral::Username = kind == modDatabase::ServerDatabase ? PgUser : QString();
-    modGeneral::Password = kind == modDatabase::ServerDatabase ? PgPassword : QString();
-    modDatabase::OpenConnection();
-    if (!modDatabase::Connection || modDatabase::Connection->State() != modDatabase::adStateOpen) {
-        Print(QStringLiteral("  cannot open %1: %2")
-                  .arg(database, modDatabase::Connection ? modDatabase::Connection->LastError()
-                                                         : QStringLiteral("?")));
-        return false;
-    }
-    return true;
-}
 
 // ---- measurements ------------------------------------------------------------------------------
 
@@ -455,40 +354,6 @@ void MeasureDisplay(const QString& label, int recipes, const Options& options) {
 
 // ---- PostgreSQL --------------------------------------------------------------------------------
 
-bool CreateServerDatabase(const QString& server, const QString& name) {
-    const QString connectionName = QStringLiteral("bench-admin");
-    bool ok = true;
-    {
-        QSqlDatabase admin = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connectionName);
-        const qsizetype colon = server.lastIndexOf(QLatin1Char(':'));
-        admin.setHostName(colon > 0 ? server.left(colon) : server);
-        if (colon > 0) {
-            admin.setPort(server.mid(colon + 1).toInt());
-        }
-        admin.setDatabaseName(QStringLiteral("postgres"));
-        admin.setConnectOptions(QStringLiteral("connect_timeout=15"));
-        if (!admin.open(PgUser, PgPassword)) {
-            Print(QStringLiteral("  cannot reach %1: %2").arg(server, admin.lastError().text()));
-            ok = false;
-        } else {
-            for (const QString& sql :
-                 {QStringLiteral("SET client_min_messages = warning"),
-                  QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name),
-                  QStringLiteral("CREATE DATABASE \"%1\"").arg(name)}) {
-                QSqlQuery query(admin);
-                if (!query.exec(sql)) {
-                    Print(QStringLiteral("  %1: %2").arg(sql, query.lastError().text()));
-                    ok = false;
-                    break;
-                }
-            }
-            admin.close();
-        }
-    }
-    QSqlDatabase::removeDatabase(connectionName);
-    return ok;
-}
-
 void RunPostgres(const Options& options) {
     if (options.pgServer.isEmpty()) {
         Print(QStringLiteral("postgresql  skipped: no --pg-server HOST:PORT given"));
@@ -533,18 +398,6 @@ void RunPostgres(const Options& options) {
         MeasureDisplay(QStringLiteral("postgresql"), recipes, options);
         modDatabase::CloseConnection();
     }
-}
-
-// The machine's load: figures taken while other work runs are slower and noisier.
-QString LoadAverage() {
-    QFile file(QStringLiteral("/proc/loadavg"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return QStringLiteral("load average unknown");
-    }
-    const QList<QByteArray> fields = file.readAll().split(' ');
-    return QStringLiteral("load average %1 %2 %3")
-        .arg(QString::fromUtf8(fields.value(0)), QString::fromUtf8(fields.value(1)),
-             QString::fromUtf8(fields.value(2)));
 }
 
 // ---- main --------------------------------------------------------------------------------------

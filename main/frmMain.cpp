@@ -148,45 +148,53 @@ void frmMain::Form_Load() {
 void frmMain::RefreshTreeView() {
     ErrorPath::PassOn("frmMain:RefreshTreeView", [&] {
         using modDatabase::GetRecordset;
+        using modDatabase::NullToStr;
         SetMousePointer(UiServices::vbHourglass);
         m_selectingFromCode = true;
-        tvRecipes->setUpdatesEnabled(false);
-        const auto finish = qScopeGuard([this] {
-            tvRecipes->setUpdatesEnabled(true);
+        tvRecipes->clear();
+        // Groups are filled while they stand apart from the tree, which is much faster than
+        // adding node by node; they join the tree when the building ends, also when it fails
+        // part-way, so the nodes read so far stay.
+        QList<QTreeWidgetItem*> groupNodes;
+        const auto attach = qScopeGuard([&] {
+            tvRecipes->addTopLevelItems(groupNodes);
             m_selectingFromCode = false;
         });
-        tvRecipes->clear();
         Recordset groups = GetRecordset(QStringLiteral("SELECT * FROM [Group] ORDER BY name;"));
         for (; !groups.Eof(); groups.MoveNext()) {
-            const QString groupID =
-                modDatabase::NullToStr(groups.Fields(QStringLiteral("groupID")));
-            QTreeWidgetItem* groupNode = AddNode(nullptr, QStringLiteral("G") + groupID,
-                                                 groups.Text(QStringLiteral("Name")), true);
+            const QString groupID = NullToStr(groups.Fields(QStringLiteral("groupID")));
+            QTreeWidgetItem* groupNode =
+                NewNode(QStringLiteral("G") + groupID, groups.Text(QStringLiteral("Name")), true);
+            groupNodes << groupNode;
             Recordset types = GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
                                            groupID + QStringLiteral(" ORDER BY name;"));
             for (; !types.Eof(); types.MoveNext()) {
-                const QString typeID =
-                    modDatabase::NullToStr(types.Fields(QStringLiteral("typeID")));
-                QTreeWidgetItem* typeNode = AddNode(groupNode, QStringLiteral("T") + typeID,
-                                                    types.Text(QStringLiteral("Name")), true);
+                const QString typeID = NullToStr(types.Fields(QStringLiteral("typeID")));
+                QTreeWidgetItem* typeNode =
+                    NewNode(QStringLiteral("T") + typeID, types.Text(QStringLiteral("Name")), true);
+                groupNode->addChild(typeNode);
                 Recordset recipes =
                     GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") + typeID +
                                  QStringLiteral(" ORDER BY title;"));
                 for (; !recipes.Eof(); recipes.MoveNext()) {
-                    AddNode(typeNode,
-                            QStringLiteral("R") +
-                                modDatabase::NullToStr(recipes.Fields(QStringLiteral("recipeID"))),
-                            recipes.Text(QStringLiteral("Title")), false);
+                    typeNode->addChild(NewNode(
+                        QStringLiteral("R") + NullToStr(recipes.Fields(QStringLiteral("recipeID"))),
+                        recipes.Text(QStringLiteral("Title")), false));
                 }
                 recipes.Close();
             }
             types.Close();
         }
         groups.Close();
+        tvRecipes->addTopLevelItems(groupNodes);
+        groupNodes.clear();
+        m_selectingFromCode = true;
         if (tvRecipes->topLevelItemCount() > 0) {
             tvRecipes->setCurrentItem(tvRecipes->topLevelItem(0));
+            m_selectingFromCode = false;
             tvRecipes_NodeClick();
         } else {
+            m_selectingFromCode = false;
             Navigate(BlankPage);
         }
         EnableControls();
@@ -194,15 +202,16 @@ void frmMain::RefreshTreeView() {
     });
 }
 
-QTreeWidgetItem* frmMain::AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
-                                  bool bold) {
-    auto* node = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(tvRecipes);
-    node->setText(0, text);
+QTreeWidgetItem* frmMain::NewNode(const QString& key, const QString& text, bool bold) {
+    static const QFont boldFont = [] {
+        QFont font;
+        font.setBold(true);
+        return font;
+    }();
+    auto* node = new QTreeWidgetItem(QStringList{text});
     node->setData(0, modGeneral::KeyRole, key);
     if (bold) {
-        QFont font = node->font(0);
-        font.setBold(true);
-        node->setFont(0, font);
+        node->setFont(0, boldFont);
     }
     return node;
 }

@@ -80,8 +80,7 @@ private:
     QString SelectedKind() const;
     qint32 SelectedID() const;
     QString SelectedKey() const;
-    QTreeWidgetItem* AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
-                             bool bold);
+    static QTreeWidgetItem* NewNode(const QString& key, const QString& text, bool bold);
 
     QString m_address;
     bool m_dragging = false;

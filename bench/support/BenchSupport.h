@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+#include <chrono>
+#include <vector>
+
+// What the benchmark programs share: timing, printing, and the generated databases they
+// measure on (SQLite files kept in a cache folder, databases on a private PostgreSQL server).
+namespace Bench {
+
+using Clock = std::chrono::steady_clock;
+
+extern const QString PgUser;
+extern const QString PgPassword;
+
+double Milliseconds(Clock::duration d);
+double Median(std::vector<double> values);
+void Print(const QString& line);
+QString Fixed(double value, int decimals = 2);
+// The error being handled as "source->description".
+QString ErrorText();
+// The machine's load average, for judging how noisy the figures are.
+QString LoadAverage();
+
+// Creates and fills a generated database like morvena-tool's generate; returns the seconds it
+// took, or a negative number after printing why it failed.
+double GenerateInto(int kind, const QString& server, const QString& database, int recipes);
+void RemoveSqliteFiles(const QString& fileName);
+// The generated SQLite file with `recipes` recipes in `folder`, reused when `cached` and there.
+QString SqliteDatabase(const QString& folder, bool cached, int recipes);
+// Opens the program's shared connection on a database of the kind.
+bool OpenShared(int kind, const QString& server, const QString& database);
+// Creates an empty database on the server (dropping one of the same name).
+bool CreateServerDatabase(const QString& server, const QString& name);
+
+}  // namespace Bench
