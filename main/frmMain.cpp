@@ -23,6 +23,7 @@
 #include "core/modGeneral.h"
 #include "core/modRegistry.h"
 #include "display/modDisplay.h"
+#include "lists/frmAddRecord.h"
 #include "settings/frmSettings.h"
 
 using modGeneral::TwipsPerPixel;
@@ -105,6 +106,10 @@ void frmMain::ConnectCommands() {
     const auto on = [this](QAction* action, void (frmMain::*handler)()) {
         connect(action, &QAction::triggered, this, handler);
     };
+    on(menus.mnuEditGroupNew, &frmMain::mnuEditGroupNew_Click);
+    on(menus.mnuEditGroupEdit, &frmMain::mnuEditGroupEdit_Click);
+    on(menus.mnuEditTypeNew, &frmMain::mnuEditTypeNew_Click);
+    on(menus.mnuEditTypeEdit, &frmMain::mnuEditTypeEdit_Click);
     on(menus.mnuDocumentDelete, &frmMain::mnuDocumentDelete_Click);
     on(menus.mnuDocumentPrint, &frmMain::mnuDocumentPrint_Click);
     on(menus.mnuDocumentQuit, &frmMain::mnuDocumentQuit_Click);
@@ -261,6 +266,14 @@ QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->cur
 QString frmMain::SelectedKind() const { return SelectedKey().left(1); }
 qint32 frmMain::SelectedID() const { return SelectedKey().mid(1).toInt(); }
 
+qint32 frmMain::SelectedGroupID() const {
+    QTreeWidgetItem* node = tvRecipes->currentItem();
+    while (node && node->parent()) {
+        node = node->parent();
+    }
+    return modGeneral::ItemKey(node).mid(1).toInt();
+}
+
 void frmMain::EnableControls() {
     ErrorPath::PassOn("frmMain:EnableControls", [&] {
         const QString kind = SelectedKind();
@@ -276,6 +289,59 @@ void frmMain::EnableControls() {
         menus.mnuEditTypeEdit->setEnabled(type);
         menus.mnuEditTypeDelete->setEnabled(type);
         menus.mnuEditTypeNew->setEnabled(!kind.isEmpty());
+    });
+}
+
+qint32 frmMain::EditRecord(qint32 mode, qint32 id, qint32 groupID) {
+    frmAddRecord dialog(this);
+    dialog.rtMode = mode;
+    dialog.lngID = id;
+    dialog.lngGroupID = groupID;
+    dialog.exec();
+    return modGeneral::lngLastID;
+}
+
+// After a new record is saved its node is shown; after a cancel the node that was selected.
+void frmMain::mnuEditGroupNew_Click() {
+    ErrorPath::Handle("frmMain:mnuEditGroupNew_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        const qint32 saved = EditRecord(frmAddRecord::rtGroup, -1, 0);
+        RefreshAndRestore(saved != -1 ? QStringLiteral("G%1").arg(saved) : SelectedKey());
+    });
+}
+
+void frmMain::mnuEditGroupEdit_Click() {
+    ErrorPath::Handle("frmMain:mnuEditGroupEdit_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (SelectedKind() != QLatin1String("G")) {
+            SetMousePointer(UiServices::vbDefault);
+            return;
+        }
+        const QString key = SelectedKey();
+        EditRecord(frmAddRecord::rtGroup, SelectedID(), 0);
+        RefreshAndRestore(key);
+    });
+}
+
+void frmMain::mnuEditTypeNew_Click() {
+    ErrorPath::Handle("frmMain:mnuEditTypeNew_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        const QString selected = SelectedKey();
+        const qint32 saved = EditRecord(frmAddRecord::rtType, -1, SelectedGroupID());
+        RefreshAndRestore(saved != -1 ? QStringLiteral("T%1").arg(saved) : selected);
+    });
+}
+
+void frmMain::mnuEditTypeEdit_Click() {
+    ErrorPath::Handle("frmMain:mnuEditTypeEdit_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (SelectedKind() != QLatin1String("T")) {
+            SetMousePointer(UiServices::vbDefault);
+            return;
+        }
+        const QString key = SelectedKey();
+        EditRecord(frmAddRecord::rtType, SelectedID(), SelectedGroupID());
+        RefreshAndRestore(key);
     });
 }
 

@@ -64,6 +64,10 @@ private:
     void ShowPopupMenu(const QPoint& globalPosition);
     void webDisplay_PrintTemplateTeardown();
 
+    void mnuEditGroupNew_Click();
+    void mnuEditGroupEdit_Click();
+    void mnuEditTypeNew_Click();
+    void mnuEditTypeEdit_Click();
     void mnuDocumentDelete_Click();
     void mnuDocumentPrint_Click();
     void mnuDocumentQuit_Click();
@@ -80,6 +84,11 @@ private:
     QString SelectedKind() const;
     qint32 SelectedID() const;
     QString SelectedKey() const;
+    // The group of the selected node: the node itself for a group, the one above for a subgroup
+    // or a recipe.
+    qint32 SelectedGroupID() const;
+    // Opens the record entry dialog for a group or a subgroup; returns lngLastID afterwards.
+    qint32 EditRecord(qint32 mode, qint32 id, qint32 groupID);
     static QTreeWidgetItem* NewNode(const QString& key, const QString& text, bool bold);
 
     QString m_address;

@@ -3,9 +3,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QFile>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPrinter>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextBrowser>
@@ -56,6 +58,38 @@ QTreeWidgetItem* Node(frmMain& window, const QString& key) {
 }
 
 QString StoreText() { return QString::fromUtf8(FileBytes(modRegistry::StoreFile(true))); }
+
+// Acts on the next modal dialog as soon as it shows (its exec() runs the event loop).
+void OnNextDialog(std::function<void(QWidget*)> act) {
+    QTimer::singleShot(0, [act] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (!dialog) {
+            OnNextDialog(act);
+            return;
+        }
+        act(dialog);
+    });
+}
+
+// Fills the record entry dialog and presses "Potrdi" (or "Prekliči" when name is null).
+void AnswerRecordDialog(const QString& name, QString* caption = nullptr,
+                        QString* shownName = nullptr) {
+    OnNextDialog([=](QWidget* dialog) {
+        if (caption) {
+            *caption = dialog->windowTitle();
+        }
+        auto* box = dialog->findChild<QLineEdit*>(QStringLiteral("txtName"));
+        if (shownName) {
+            *shownName = box->text();
+        }
+        if (name.isNull()) {
+            dialog->findChild<QPushButton*>(QStringLiteral("cmdCancel"))->click();
+            return;
+        }
+        box->setText(name);
+        dialog->findChild<QPushButton*>(QStringLiteral("cmdOK"))->click();
+    });
+}
 
 }  // namespace
 
@@ -360,6 +394,9 @@ private Q_SLOTS:
         window->tvRecipes->expandAll();
         Select(*window, key);
         QSignalSpy triggered(window->findChild<QAction*>(command), &QAction::triggered);
+        if (key.startsWith(QLatin1Char('G')) || key.startsWith(QLatin1Char('T'))) {
+            AnswerRecordDialog(QString());
+        }
         const QPoint where = window->tvRecipes->visualItemRect(Node(*window, key)).center();
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
@@ -556,6 +593,89 @@ private Q_SLOTS:
         QCOMPARE(PagePrinter::ReadPageSetup().footer, QStringLiteral("Moja noga"));
         PagePrinter::SetPrinterPreparer({});
         UiServices::SetPrintDialogHandler({});
+    }
+
+    void newGroupIsSavedAndSelected_data() { TestDatabase::AddKinds(); }
+    void newGroupIsSavedAndSelected() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        Select(*window, "R2");
+        QString caption;
+        AnswerRecordDialog(QStringLiteral("Enolončnice"), &caption);
+        window->menus.mnuEditGroupNew->trigger();
+        QCOMPARE(caption, QStringLiteral("Vnos skupine receptov"));
+        QCOMPARE(Rows("SELECT groupID, name, description FROM [Group] ORDER BY groupID;"),
+                 (QStringList{"1|Juhe|Tople juhe\r\nin enolončnice", "2|Sladice|NULL",
+                              "3|Enolončnice|NULL"}));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G3"));
+        QCOMPARE(window->tvRecipes->topLevelItem(0)->text(0), QStringLiteral("Enolončnice"));
+        QCOMPARE(FileBytes(modGeneral::TempFilename),
+                 Windows1250::Encode(modDisplay::GroupPage(3)));
+        QCOMPARE(UiServices::MousePointer(), int(UiServices::vbDefault));
+    }
+
+    void cancelledNewGroupKeepsTheSelection() {
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, "R2");
+        AnswerRecordDialog(QString());
+        window->menus.mnuEditGroupNew->trigger();
+        QCOMPARE(modGeneral::lngLastID, -1);
+        QCOMPARE(Rows("SELECT COUNT(*) FROM [Group];"), QStringList{"2"});
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R2"));
+        QCOMPARE(FileBytes(modGeneral::TempFilename),
+                 Windows1250::Encode(modDisplay::RecipePage(2)));
+    }
+
+    void editedGroupKeepsItsNode_data() { TestDatabase::AddKinds(); }
+    void editedGroupKeepsItsNode() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        Select(*window, "G2");
+        QString shownName;
+        AnswerRecordDialog(QStringLiteral("Pecivo in sladice"), nullptr, &shownName);
+        const QPoint where = window->tvRecipes->visualItemRect(Node(*window, "G2")).center();
+        QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
+        QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
+        QTRY_COMPARE(Rows("SELECT name FROM [Group] WHERE groupID = 2;"),
+                     QStringList{"Pecivo in sladice"});
+        QCOMPARE(shownName, QStringLiteral("Sladice"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G2"));
+        QCOMPARE(window->tvRecipes->currentItem()->text(0), QStringLiteral("Pecivo in sladice"));
+    }
+
+    void newSubgroupBelongsToTheGroupOfTheSelectedNode_data() { TestDatabase::AddKinds(); }
+    void newSubgroupBelongsToTheGroupOfTheSelectedNode() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        Select(*window, "R3");  // a recipe of group 2
+        QString caption;
+        AnswerRecordDialog(QStringLiteral("Torte"), &caption);
+        window->menus.mnuEditTypeNew->trigger();
+        QCOMPARE(caption, QStringLiteral("Vnos podskupine receptov"));
+        QCOMPARE(Rows("SELECT typeID, groupID, name FROM [Type] WHERE name = 'Torte';"),
+                 QStringList{"4|2|Torte"});
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T4"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()->parent()),
+                 QStringLiteral("G2"));
+        Select(*window, "T1");
+        AnswerRecordDialog(QStringLiteral("Torte"));  // the same name in group 1 is allowed
+        window->menus.mnuEditTypeNew->trigger();
+        QCOMPARE(Rows("SELECT groupID FROM [Type] WHERE name = 'torte' ORDER BY groupID;"),
+                 (QStringList{"1", "2"}));
+    }
+
+    void editedSubgroupKeepsItsNode() {
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, "T2");
+        QString shownName;
+        AnswerRecordDialog(QStringLiteral("Zelenjavne juhe in enolončnice"), nullptr, &shownName);
+        window->menus.mnuEditTypeEdit->trigger();
+        QCOMPARE(shownName, QStringLiteral("Zelenjavne juhe"));
+        QCOMPARE(Rows("SELECT groupID, name FROM [Type] WHERE typeID = 2;"),
+                 QStringList{"1|Zelenjavne juhe in enolončnice"});
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
     }
 };
 
