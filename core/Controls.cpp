@@ -1,5 +1,6 @@
 #include "core/Controls.h"
 
+#include <QAbstractScrollArea>
 #include <QEvent>
 #include <QFocusEvent>
 #include <QHeaderView>
@@ -18,13 +19,22 @@ T* Named(T* control, const QString& name) {
     return control;
 }
 
+// A scrolling box (a multi-line text box) takes its mouse presses on its viewport.
 class GotFocusFilter : public QObject {
 public:
     GotFocusFilter(QWidget* box, std::function<void()> gotFocus)
-        : QObject(box), m_gotFocus(std::move(gotFocus)) {}
+        : QObject(box), m_box(box), m_gotFocus(std::move(gotFocus)) {
+        box->installEventFilter(this);
+        if (auto* scrolling = qobject_cast<QAbstractScrollArea*>(box)) {
+            scrolling->viewport()->installEventFilter(this);
+        }
+    }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched != m_box && event->type() != QEvent::MouseButtonPress) {
+            return QObject::eventFilter(watched, event);
+        }
         switch (event->type()) {
             case QEvent::FocusIn: {
                 const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
@@ -50,6 +60,7 @@ protected:
     }
 
 private:
+    QWidget* m_box;
     std::function<void()> m_gotFocus;
     bool m_focusedByMouse = false;
 };
@@ -98,7 +109,7 @@ QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>&
 }
 
 void OnGotFocus(QWidget* box, std::function<void()> gotFocus) {
-    box->installEventFilter(new GotFocusFilter(box, std::move(gotFocus)));
+    new GotFocusFilter(box, std::move(gotFocus));
 }
 
 void SelectAll(QWidget* box) {
