@@ -24,15 +24,15 @@
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "lists/frmAddRecord.h"
+#include "tests/support/DialogDriver.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"
 
 using TestDatabase::Rows;
+using namespace DialogDriver;
 
 namespace {
 
-// exec()'s result when the test had to close a dialog itself.
-constexpr int ClosedByTest = 99;
 const QString Title = QStringLiteral("Morvena");
 constexpr int InformationOK = UiServices::vbOKOnly + UiServices::vbInformation;
 constexpr int Exclamation = UiServices::vbExclamation;
@@ -42,119 +42,10 @@ const QString UnexpectedError = QStringLiteral(
 const QString EnterName = QStringLiteral("Vnesite naziv!");
 const QString NameExists = QStringLiteral("Naziv že obstaja!");
 
-// Drivers of modal dialogs queued by an earlier test never act on a later test's dialogs.
-int g_generation = 0;
-
-void Poll(const QString& name, const std::function<void(QDialog*)>& drive,
-          const std::shared_ptr<bool>& ran, int generation, QDeadlineTimer deadline) {
-    if (generation != g_generation) {
-        return;
-    }
-    auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (!dialog || dialog->objectName() != name || !dialog->isVisible()) {
-        if (!deadline.hasExpired()) {
-            QTimer::singleShot(10, [=] { Poll(name, drive, ran, generation, deadline); });
-        }
-        return;
-    }
-    *ran = true;
-    drive(dialog);
-    if (dialog->isVisible()) {
-        dialog->done(ClosedByTest);
-    }
-}
-
-// Runs `drive` on the modal dialog with the object name `name` as soon as it is the active modal
-// window; a dialog that `drive` leaves open is closed from code afterwards. The flag returned
-// tells whether `drive` ran.
-std::shared_ptr<bool> WhenShown(const QString& name, std::function<void(QDialog*)> drive) {
-    auto ran = std::make_shared<bool>(false);
-    const int generation = g_generation;
-    QTimer::singleShot(0, [=] { Poll(name, drive, ran, generation, QDeadlineTimer(10000)); });
-    return ran;
-}
-
-template <class T>
-T* Control(QWidget* dialog, const char* name) {
-    T* control = dialog->findChild<T*>(QString::fromLatin1(name));
-    if (!control) {
-        qFatal("no control %s", name);
-    }
-    return control;
-}
-
-QPushButton* Button(QWidget* dialog, const char* name) {
-    return Control<QPushButton>(dialog, name);
-}
 QLineEdit* NameBox(QWidget* dialog) { return Control<QLineEdit>(dialog, "txtName"); }
 QPlainTextEdit* DescriptionBox(QWidget* dialog) {
     return Control<QPlainTextEdit>(dialog, "txtDescription");
 }
-
-// The entries of "errors.log" (texts without their header lines).
-QStringList LoggedErrors() {
-    QFile file(QStringLiteral("errors.log"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    const QString content = QString::fromUtf8(file.readAll());
-    static const QRegularExpression header(
-        QStringLiteral("^\\d{4}-\\d{2}-\\d{2} \\d{2}:\\d{2} \\(v\\d+\\.\\d+\\.\\d+\\)\\r\\n\\r\\n"),
-        QRegularExpression::MultilineOption);
-    QStringList entries;
-    for (QString entry : content.split(header, Qt::SkipEmptyParts)) {
-        if (entry.endsWith(QStringLiteral("\r\n\r\n"))) {
-            entry.chop(4);
-        }
-        entries << entry;
-    }
-    return entries;
-}
-
-// The statements that the program runs on a file database, as the program wrote them.
-class SqliteStatements {
-public:
-    SqliteStatements() {
-        const QVariant handle = modDatabase::Connection->Database().driver()->handle();
-        if (handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0) {
-            m_db = *static_cast<sqlite3* const*>(handle.constData());
-            sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, &Trace, this);
-        }
-    }
-    ~SqliteStatements() {
-        if (m_db) {
-            sqlite3_trace_v2(m_db, 0, nullptr, nullptr);
-        }
-    }
-    SqliteStatements(const SqliteStatements&) = delete;
-    SqliteStatements& operator=(const SqliteStatements&) = delete;
-
-    bool Active() const { return m_db != nullptr; }
-    // The SELECT statements run so far; forgets them.
-    QStringList TakeSelects() {
-        const QStringList selects =
-            m_statements.filter(QRegularExpression(QStringLiteral("^SELECT ")));
-        m_statements.clear();
-        return selects;
-    }
-
-private:
-    static int Trace(unsigned, void* context, void*, void* text) {
-        const QString sql = QString::fromUtf8(static_cast<const char*>(text));
-        if (!sql.startsWith(QStringLiteral("--"))) {
-            static_cast<SqliteStatements*>(context)->m_statements << sql;
-        }
-        return 0;
-    }
-
-    sqlite3* m_db = nullptr;
-    QStringList m_statements;
-};
-
-// The file database library's own log: a statement that cannot be prepared is logged with its
-// text. Set up before the library starts.
-QStringList g_sqliteLog;
-void SqliteLog(void*, int, const char* message) { g_sqliteLog << QString::fromUtf8(message); }
 
 const QString IngredientsQuery = QStringLiteral(
     "SELECT ingredientID, name, description FROM [Ingredient] ORDER BY "
@@ -218,20 +109,20 @@ private:
 
 private Q_SLOTS:
     void initTestCase() {
-        QCOMPARE(sqlite3_config(SQLITE_CONFIG_LOG, &SqliteLog, nullptr), SQLITE_OK);
+        QVERIFY(DialogDriver::StartSqliteLog());
         TestDatabase::IsolateEnvironment();
     }
 
     void init() {
-        ++g_generation;
+        DialogDriver::ForgetPendingDrivers();
         QFile::remove(QStringLiteral("errors.log"));
         UiServices::SetMousePointer(UiServices::vbDefault);
         modGeneral::lngLastID = 12345;
-        g_sqliteLog.clear();
+        DialogDriver::SqliteLog().clear();
     }
 
     void cleanup() {
-        ++g_generation;
+        DialogDriver::ForgetPendingDrivers();
         modDatabase::Connection.reset();
         QFile::remove(QStringLiteral("errors.log"));
     }
@@ -703,9 +594,10 @@ private Q_SLOTS:
         if (kind == TestDatabase::Sqlite) {
             // The library's log names the statement that failed, as the program wrote it.
             QVERIFY2(logged[0].contains(QStringLiteral("syntax error")), qPrintable(logged[0]));
-            const QStringList failed =
-                g_sqliteLog.filter(QStringLiteral(" in \"") + statement + QLatin1Char('"'));
-            QVERIFY2(failed.size() == 1, qPrintable(g_sqliteLog.join(QLatin1Char('\n'))));
+            const QStringList failed = DialogDriver::SqliteLog().filter(
+                QStringLiteral(" in \"") + statement + QLatin1Char('"'));
+            QVERIFY2(failed.size() == 1,
+                     qPrintable(DialogDriver::SqliteLog().join(QLatin1Char('\n'))));
         } else {
             // The server quotes the failing statement (its table name in its own form).
             QString served = statement;
