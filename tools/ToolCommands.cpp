@@ -11,6 +11,7 @@
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
+#include "search/SearchQuery.h"
 
 namespace ToolCommands {
 namespace {
@@ -32,6 +33,19 @@ const char* const HelpText =
     "  generate DATOTEKA --recipes N\n"
     "  generate --server STREŽNIK --database ZBIRKA [--user IME] [--password GESLO] --recipes N\n"
     "      Ustvari umetno zbirko z N recepti za merjenje hitrosti (vedno enako za isti N).\n"
+    "  search [--Group V] [--Type V] [--RecipeTitle V] [--SectionTitle V] [--Ingredient V]\n"
+    "         [--Instructions V] [--any KLJUČ] [--any-criterion] [--sort N] [--sql]\n"
+    "         [--database DATOTEKA]\n"
+    "      Poišče recepte kot okno Iskanje. Vsaka možnost s ključem kriterija doda kriteriju\n"
+    "      iskano vrednost (Group Skupina, Type Podskupina, RecipeTitle Naslov recepta,\n"
+    "      SectionTitle Naslov razdelka, Ingredient Sestavine, Instructions Potek dela); ponovi\n"
+    "      jo za več vrednosti, ki ostanejo v danem vrstnem redu. Privzeto mora recept ustrezati\n"
+    "      vsem vrednostim vsakega kriterija in vsem pogojem. --any KLJUČ: kriteriju zadošča\n"
+    "      »vsaj eno vrednost!«; --any-criterion: receptu zadošča »vsaj enemu pogoju!«.\n"
+    "      --sort N razvrsti po stolpcu 1 naslov, 2 številka, 3 skupina, 4 podskupina,\n"
+    "      naraščajoče (negativen N padajoče; privzeto 1). Z --sql izpiše le besedilo\n"
+    "      poizvedbe; sicer po eno vrstico na recept: naslov, številka, skupina in podskupina,\n"
+    "      ločeni s tabulatorjem. Privzeto uporabi zbirko iz nastavitev.\n"
     "  --help\n"
     "      Izpiše to pomoč.\n"
     "\n"
@@ -207,6 +221,99 @@ int Page(const QStringList& arguments, QTextStream& err) {
     return Done;
 }
 
+// morvena-tool search: the search window's query from options, its text or its rows.
+int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
+    SearchQuery::Criteria criteria;
+    qint16 overall = SearchQuery::AllValues;
+    qint16 sortColumn = 1;
+    bool sqlOnly = false;
+    QString database;
+    bool databaseGiven = false;
+    for (int i = 1; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (argument == QLatin1String("--sql")) {
+            sqlOnly = true;
+            continue;
+        }
+        if (argument == QLatin1String("--any-criterion")) {
+            overall = SearchQuery::AnyValue;
+            continue;
+        }
+        const int criterion = argument.startsWith(QLatin1String("--"))
+                                  ? SearchQuery::CriterionOf(argument.mid(2))
+                                  : -1;
+        const bool valued = criterion >= 0 || argument == QLatin1String("--any") ||
+                            argument == QLatin1String("--sort") ||
+                            argument == QLatin1String("--database");
+        if (!valued) {
+            return Usage(err,
+                         argument.startsWith(QLatin1String("--"))
+                             ? QStringLiteral("Neznana možnost: %1").arg(argument)
+                             : QStringLiteral("search ne sprejme argumenta %1.").arg(argument));
+        }
+        if (i + 1 >= arguments.size()) {
+            return Usage(err, QStringLiteral("Možnost %1 potrebuje vrednost.").arg(argument));
+        }
+        const QString value = arguments[++i];
+        if (criterion >= 0) {
+            criteria.values[criterion] << value;
+        } else if (argument == QLatin1String("--any")) {
+            const int anyCriterion = SearchQuery::CriterionOf(value);
+            if (anyCriterion < 0) {
+                return Usage(err, QStringLiteral("--any potrebuje ključ Group, Type, RecipeTitle, "
+                                                 "SectionTitle, Ingredient ali Instructions."));
+            }
+            criteria.match[anyCriterion] = SearchQuery::AnyValue;
+        } else if (argument == QLatin1String("--sort")) {
+            bool numeric = false;
+            const int number = value.toInt(&numeric);
+            if (!numeric || number < -32768 || number > 32767) {
+                return Usage(err,
+                             QStringLiteral("--sort potrebuje celo število od -32768 do 32767."));
+            }
+            sortColumn = static_cast<qint16>(number);
+        } else {
+            database = value;
+            databaseGiven = true;
+        }
+    }
+    QString sql;
+    try {
+        sql = SearchQuery::BuildQuery(criteria, overall, sortColumn);
+    } catch (...) {
+        return Failure(err, ErrorText());
+    }
+    if (sqlOnly) {
+        out << sql << Qt::endl;
+        return Done;
+    }
+    modGeneral::ReadSettings();
+    if (databaseGiven) {
+        modGeneral::DatabaseType = modDatabase::FileDatabase;
+        modGeneral::DatabaseName = database;
+    }
+    modDatabase::OpenConnection();
+    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
+        return Failure(err, modDatabase::Connection->LastError());
+    }
+    try {
+        Recordset rs = modDatabase::GetRecordset(sql);
+        QString lines;
+        for (; !rs.Eof(); rs.MoveNext()) {
+            lines += rs.Text(QStringLiteral("Title")) + QLatin1Char('\t') +
+                     rs.Text(QStringLiteral("recipeID")) + QLatin1Char('\t') +
+                     rs.Text(QStringLiteral("groupName")) + QLatin1Char('\t') +
+                     rs.Text(QStringLiteral("TypeName")) + QLatin1Char('\n');
+        }
+        rs.Close();
+        out << lines;
+        out.flush();
+    } catch (...) {
+        return Failure(err, ErrorText());
+    }
+    return Done;
+}
+
 }  // namespace
 
 int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
@@ -223,6 +330,9 @@ int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     }
     if (command == QLatin1String("page")) {
         return Page(arguments, err);
+    }
+    if (command == QLatin1String("search")) {
+        return Search(arguments, out, err);
     }
     return Usage(err, command.isEmpty() ? QStringLiteral("Manjka ukaz.")
                                         : QStringLiteral("Neznan ukaz: %1").arg(command));
