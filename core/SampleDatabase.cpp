@@ -232,6 +232,7 @@ void Load(const QByteArray& text) {
             throw;
         }
         db.commit();
+        modDatabase::Execute(QStringLiteral("ANALYZE"));  // the query planner's statistics
     });
 }
 

@@ -205,9 +205,7 @@ void Generate(modDatabase::DbConnection& connection, int recipes) {
             throw;
         }
         db.commit();
-        if (connection.Kind() == modDatabase::ServerDatabase) {
-            Run(connection, QStringLiteral("ANALYZE"));
-        }
+        Run(connection, QStringLiteral("ANALYZE"));  // the query planner's statistics
     });
 }
 

@@ -178,9 +178,14 @@ void DbConnection::Fail(const QString& description) {
 }
 
 void DbConnection::Close() {
-    if (QSqlDatabase::contains(m_qtName)) {
-        QSqlDatabase::database(m_qtName, false).close();
+    if (!QSqlDatabase::contains(m_qtName)) {
+        return;
     }
+    QSqlDatabase db = QSqlDatabase::database(m_qtName, false);
+    if (m_kind == FileDatabase && db.isOpen()) {
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA optimize"));  // keeps the statistics fresh
+    }
+    db.close();
 }
 
 int DbConnection::State() const {

@@ -23,7 +23,10 @@
 #include "core/modGeneral.h"
 #include "core/modRegistry.h"
 #include "display/modDisplay.h"
+#include "editor/frmNew.h"
 #include "lists/frmAddRecord.h"
+#include "lists/frmEditList.h"
+#include "search/frmFind.h"
 #include "settings/frmSettings.h"
 
 using modGeneral::TwipsPerPixel;
@@ -106,6 +109,12 @@ void frmMain::ConnectCommands() {
     const auto on = [this](QAction* action, void (frmMain::*handler)()) {
         connect(action, &QAction::triggered, this, handler);
     };
+    on(menus.mnuDocumentNew, &frmMain::mnuDocumentNew_Click);
+    on(menus.mnuDocumentEdit, &frmMain::mnuDocumentEdit_Click);
+    on(menus.mnuEditSources, &frmMain::mnuEditSources_Click);
+    on(menus.mnuEditIngredients, &frmMain::mnuEditIngredients_Click);
+    on(menus.mnuEditUnits, &frmMain::mnuEditUnits_Click);
+    on(menus.mnuToolsFind, &frmMain::mnuToolsFind_Click);
     on(menus.mnuEditGroupNew, &frmMain::mnuEditGroupNew_Click);
     on(menus.mnuEditGroupEdit, &frmMain::mnuEditGroupEdit_Click);
     on(menus.mnuEditTypeNew, &frmMain::mnuEditTypeNew_Click);
@@ -289,6 +298,70 @@ void frmMain::EnableControls() {
         menus.mnuEditTypeEdit->setEnabled(type);
         menus.mnuEditTypeDelete->setEnabled(type);
         menus.mnuEditTypeNew->setEnabled(!kind.isEmpty());
+    });
+}
+
+qint32 frmMain::EditRecipe(qint32 recipeID) {
+    frmNew editor(this);
+    editor.lngRecipeID = recipeID;
+    editor.exec();
+    return modGeneral::lngLastID;
+}
+
+void frmMain::mnuDocumentNew_Click() {
+    ErrorPath::Handle("frmMain:mnuDocumentNew_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        const QString selected = SelectedKey();
+        const qint32 saved = EditRecipe(-1);
+        RefreshAndRestore(saved != -1 ? QStringLiteral("R%1").arg(saved) : selected);
+    });
+}
+
+void frmMain::mnuDocumentEdit_Click() {
+    ErrorPath::Handle("frmMain:mnuDocumentEdit_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (SelectedKind() != QLatin1String("R")) {
+            SetMousePointer(UiServices::vbDefault);
+            return;
+        }
+        EditRecipe(SelectedID());
+        RefreshAndRestore(SelectedKey());
+    });
+}
+
+void frmMain::EditList(qint32 mode) {
+    SetMousePointer(UiServices::vbHourglass);
+    frmEditList dialog(this);
+    dialog.rtMode = mode;
+    dialog.exec();
+    SetMousePointer(UiServices::vbDefault);
+}
+
+void frmMain::mnuEditSources_Click() {
+    ErrorPath::Handle("frmMain:mnuEditSources_Click->", [&] { EditList(frmAddRecord::rtSource); });
+}
+
+void frmMain::mnuEditIngredients_Click() {
+    ErrorPath::Handle("frmMain:mnuEditIngredients_Click->",
+                      [&] { EditList(frmAddRecord::rtIngredient); });
+}
+
+void frmMain::mnuEditUnits_Click() {
+    ErrorPath::Handle("mnuEditUnits_Click->", [&] { EditList(frmAddRecord::rtUnit); });
+}
+
+// The search window is not modal: it stays open beside the main window until it is closed.
+void frmMain::mnuToolsFind_Click() {
+    ErrorPath::Handle("frmMain:mnuToolsFind_Click->", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        if (!m_find) {
+            m_find = new frmFind(this);
+            m_find->setAttribute(Qt::WA_DeleteOnClose);
+        }
+        m_find->show();
+        m_find->raise();
+        m_find->activateWindow();
+        SetMousePointer(UiServices::vbDefault);
     });
 }
 

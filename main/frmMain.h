@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QString>
 #include <functional>
 
@@ -8,6 +9,7 @@
 #include "main/PagePrinter.h"
 
 class QFrame;
+class frmFind;
 class QTextBrowser;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -64,6 +66,12 @@ private:
     void ShowPopupMenu(const QPoint& globalPosition);
     void webDisplay_PrintTemplateTeardown();
 
+    void mnuDocumentNew_Click();
+    void mnuDocumentEdit_Click();
+    void mnuEditSources_Click();
+    void mnuEditIngredients_Click();
+    void mnuEditUnits_Click();
+    void mnuToolsFind_Click();
     void mnuEditGroupNew_Click();
     void mnuEditGroupEdit_Click();
     void mnuEditTypeNew_Click();
@@ -87,10 +95,15 @@ private:
     // The group of the selected node: the node itself for a group, the one above for a subgroup
     // or a recipe.
     qint32 SelectedGroupID() const;
+    // Opens the recipe editor for a recipe (-1 for a new one); returns lngLastID afterwards.
+    qint32 EditRecipe(qint32 recipeID);
+    // Opens the list editor for sources, units or ingredients.
+    void EditList(qint32 mode);
     // Opens the record entry dialog for a group or a subgroup; returns lngLastID afterwards.
     qint32 EditRecord(qint32 mode, qint32 id, qint32 groupID);
     static QTreeWidgetItem* NewNode(const QString& key, const QString& text, bool bold);
 
+    QPointer<frmFind> m_find;
     QString m_address;
     bool m_dragging = false;
     bool m_selectingFromCode = false;

@@ -2,6 +2,8 @@
 // the shortcut menus, the splitter, the kept window layout, closing, printing and the help menu.
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
+#include <QDialog>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -386,6 +388,7 @@ private Q_SLOTS:
                                 << "mnuDocumentEdit";
     }
     void doubleClickOpensTheNodesEditCommand() {
+        MessageRecorder messages;  // the editor's cancel question is answered Yes
         QFETCH(QString, key);
         QFETCH(QString, command);
         auto window = Open(TestDatabase::Sqlite);
@@ -394,9 +397,7 @@ private Q_SLOTS:
         window->tvRecipes->expandAll();
         Select(*window, key);
         QSignalSpy triggered(window->findChild<QAction*>(command), &QAction::triggered);
-        if (key.startsWith(QLatin1Char('G')) || key.startsWith(QLatin1Char('T'))) {
-            AnswerRecordDialog(QString());
-        }
+        OnNextDialog([](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); });
         const QPoint where = window->tvRecipes->visualItemRect(Node(*window, key)).center();
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
@@ -473,7 +474,14 @@ private Q_SLOTS:
                                 "exitProgram=mnuDocumentQuit"};
         MessageRecorder messages;
         for (const QString& pair : pairs) {
-            messages.Answer(UiServices::vbNo);  // to the delete and the closing questions
+            const QString command = pair.section('=', 1);
+            if (command == QLatin1String("mnuDocumentNew") ||
+                command == QLatin1String("mnuDocumentEdit") || command.startsWith("mnuEdit")) {
+                messages.Answer(UiServices::vbYes);  // the editor's cancel question
+                OnNextDialog([](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); });
+            } else {
+                messages.Answer(UiServices::vbNo);  // the delete and the closing questions
+            }
             QSignalSpy spy(window->findChild<QAction*>(pair.section('=', 1)), &QAction::triggered);
             window->menus.Button(pair.section('=', 0, 0))->trigger();
             QCOMPARE(spy.count(), 1);
@@ -676,6 +684,139 @@ private Q_SLOTS:
         QCOMPARE(Rows("SELECT groupID, name FROM [Type] WHERE typeID = 2;"),
                  QStringList{"1|Zelenjavne juhe in enolončnice"});
         QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
+    }
+
+    void newRecipeFromTheEditorIsSelectedAndShown_data() { TestDatabase::AddKinds(); }
+    void newRecipeFromTheEditorIsSelectedAndShown() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        Select(*window, "G1");
+        MessageRecorder messages;  // "Ali res želite shraniti recept?" answered Yes
+        QString caption;
+        OnNextDialog([&](QWidget* editor) {
+            caption = editor->windowTitle();
+            auto combo = [&](const char* name) { return editor->findChild<QComboBox*>(name); };
+            combo("cmbGroup")->setCurrentIndex(combo("cmbGroup")->findText("Sladice"));
+            combo("cmbType")->setCurrentIndex(combo("cmbType")->findText("Pecivo"));
+            combo("cmbSource")->setCurrentIndex(combo("cmbSource")->findText("Knjiga"));
+            editor->findChild<QLineEdit*>("txtRecipeTitle")->setText("Orehova potica");
+            editor->findChild<QPushButton*>("cmdSectionIngredientAdd")->click();
+            editor->findChild<QLineEdit*>("txtAmount")->setText("500");
+            combo("cmbUnit")->setCurrentIndex(combo("cmbUnit")->findText("g"));
+            auto* ingredients = editor->findChild<QTreeWidget*>("lstIngredient");
+            modGeneral::SelectListItem(ingredients, QStringLiteral("I1"));
+            editor->findChild<QPushButton*>("cmdIngredientOk")->click();
+            editor->findChild<QPushButton*>("cmdOK")->click();
+        });
+        QTest::keyClick(window.get(), Qt::Key_N, Qt::ControlModifier);
+        QCOMPARE(caption, QStringLiteral("Urejanje recepta"));
+        QCOMPARE(Rows("SELECT recipeID, typeID, sourceID, title FROM [Recipe] WHERE recipeID = 4;"),
+                 QStringList{"4|3|2|Orehova potica"});
+        QCOMPARE(Rows("SELECT amount, unitID, ingredientID FROM [SectionIngredient] WHERE "
+                      "sectionID = 5;"),
+                 QStringList{"500|1|1"});
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
+        QCOMPARE(FileBytes(modGeneral::TempFilename),
+                 Windows1250::Encode(modDisplay::RecipePage(4)));
+    }
+
+    void cancelledNewRecipeKeepsTheSelection() {
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, "T2");
+        MessageRecorder messages;
+        OnNextDialog([](QWidget* editor) {
+            editor->findChild<QPushButton*>("cmdCancel")->click();  // answered Yes
+        });
+        window->menus.Button(QStringLiteral("newRecipe"))->trigger();
+        QCOMPARE(messages.Texts(), QStringList{"Ali res želite preklicati vnešene podatke?"});
+        QCOMPARE(modGeneral::lngLastID, -1);
+        QCOMPARE(Rows("SELECT COUNT(*) FROM [Recipe];"), QStringList{"3"});
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
+    }
+
+    void editingARecipeOpensItAndKeepsItsNode_data() { TestDatabase::AddKinds(); }
+    void editingARecipeOpensItAndKeepsItsNode() {
+        QFETCH(QString, kind);
+        auto window = Open(kind);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        window->tvRecipes->expandAll();
+        Select(*window, "R3");
+        MessageRecorder messages;
+        QString title;
+        QStringList sections;
+        OnNextDialog([&](QWidget* editor) {
+            title = editor->findChild<QLineEdit*>("txtRecipeTitle")->text();
+            auto* list = editor->findChild<QTreeWidget*>("lstSections");
+            for (int i = 0; i < list->topLevelItemCount(); ++i) {
+                sections << list->topLevelItem(i)->text(0);
+            }
+            editor->findChild<QLineEdit*>("txtRecipeTitle")->setText("Čokoladna torta");
+            editor->findChild<QPushButton*>("cmdOK")->click();
+        });
+        const QPoint where = window->tvRecipes->visualItemRect(Node(*window, "R3")).center();
+        QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
+        QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
+        QTRY_COMPARE(title, QStringLiteral("čokoladna torta"));
+        QCOMPARE(sections, (QStringList{"Testo", "Krema"}));
+        QTRY_COMPARE(Rows("SELECT title FROM [Recipe] WHERE recipeID = 3;"),
+                     QStringList{"Čokoladna torta"});
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R3"));
+        QCOMPARE(Rows("SELECT place, title FROM [RecipeSection] INNER JOIN [Section] ON "
+                      "[RecipeSection].sectionID = [Section].sectionID WHERE recipeID = 3 ORDER "
+                      "BY place;"),
+                 (QStringList{"1|Testo", "2|Krema"}));
+    }
+
+    void listCommandsOpenTheListEditor_data() {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("sources") << "mnuEditSources"
+                                 << "Urejanje seznama virov";
+        QTest::newRow("ingredients") << "mnuEditIngredients"
+                                     << "Urejanje seznama sestavin";
+        QTest::newRow("units") << "mnuEditUnits"
+                               << "Urejanje seznama enot";
+        QTest::newRow("sources button") << "listSources"
+                                        << "Urejanje seznama virov";
+        QTest::newRow("ingredients button") << "listIngredients"
+                                            << "Urejanje seznama sestavin";
+        QTest::newRow("units button") << "listUnits"
+                                      << "Urejanje seznama enot";
+    }
+    void listCommandsOpenTheListEditor() {
+        QFETCH(QString, command);
+        QFETCH(QString, caption);
+        auto window = Open(TestDatabase::Sqlite);
+        Select(*window, "R1");
+        QString shown;
+        OnNextDialog([&](QWidget* dialog) {
+            shown = dialog->windowTitle();
+            static_cast<QDialog*>(dialog)->reject();
+        });
+        window->findChild<QAction*>(command)->trigger();
+        QCOMPARE(shown, caption);
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R1"));
+    }
+
+    void searchWindowStaysOpenBesideTheMainWindow() {
+        auto window = Open(TestDatabase::Sqlite);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        QTest::keyClick(window.get(), Qt::Key_F, Qt::ControlModifier);
+        QWidget* find = nullptr;
+        QTRY_VERIFY((find = QApplication::topLevelWidgets().contains(window.get())
+                                ? window->findChild<QWidget*>("frmFind")
+                                : nullptr));
+        QTRY_VERIFY(find->isVisible());
+        QCOMPARE(find->windowTitle(), QStringLiteral("Iskanje"));
+        QVERIFY(!find->isModal());
+        window->menus.Button(QStringLiteral("find"))->trigger();
+        QCOMPARE(window->findChildren<QWidget*>("frmFind").size(), 1);
+        find->close();
+        QTRY_COMPARE(window->findChildren<QWidget*>("frmFind").size(), 0);
     }
 };
 

@@ -67,8 +67,8 @@ CREATE TABLE "sectioningredient" (
 CREATE INDEX type_group ON "type" (groupid);
 CREATE INDEX recipe_type ON "recipe" (typeid);
 CREATE INDEX recipe_source ON "recipe" (sourceid);
-CREATE INDEX recipesection_recipe ON "recipesection" (recipeid, place);
+CREATE INDEX recipesection_recipe ON "recipesection" (recipeid, place, sectionid);
 CREATE INDEX recipesection_section ON "recipesection" (sectionid);
-CREATE INDEX sectioningredient_section ON "sectioningredient" (sectionid);
+CREATE INDEX sectioningredient_section ON "sectioningredient" (sectionid, sectioningredientid, ingredientid);
 CREATE INDEX sectioningredient_ingredient ON "sectioningredient" (ingredientid);
 CREATE INDEX sectioningredient_unit ON "sectioningredient" (unitid);

@@ -65,8 +65,8 @@ CREATE TABLE [SectionIngredient] (
 CREATE INDEX TypeGroup ON [Type] (groupID);
 CREATE INDEX RecipeType ON [Recipe] (typeID);
 CREATE INDEX RecipeSource ON [Recipe] (sourceID);
-CREATE INDEX RecipeSectionRecipe ON [RecipeSection] (recipeID, place);
+CREATE INDEX RecipeSectionRecipe ON [RecipeSection] (recipeID, place, sectionID);
 CREATE INDEX RecipeSectionSection ON [RecipeSection] (sectionID);
-CREATE INDEX SectionIngredientSection ON [SectionIngredient] (sectionID);
+CREATE INDEX SectionIngredientSection ON [SectionIngredient] (sectionID, sectionIngredientID, ingredientID);
 CREATE INDEX SectionIngredientIngredient ON [SectionIngredient] (ingredientID);
 CREATE INDEX SectionIngredientUnit ON [SectionIngredient] (unitID);

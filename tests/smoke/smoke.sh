@@ -12,6 +12,7 @@ trap 'rm -rf "$work"' EXIT
 cp "$sample" "$work/Morvena.mdb"
 mkdir -p "$work/config" "$out"
 export MORVENA_CONFIG_DIR="$work/config"
+export QT_QPA_PLATFORM=xcb  # a real window under the virtual X server
 page="$work/page.html"
 printf 'Windows Registry Editor Version 5.00\n\n[Software\\Orlessa\\Morvena]\n"TempFilename"="%s"\n' \
     "$page" > "$work/config/machine.reg"

@@ -1,0 +1,545 @@
+// Measures saving a recipe in the recipe editor: a recipe of 3 sections with 10 ingredient lines
+// each, on a SQLite database of 100,000 recipes, saved by a real frmNew (offscreen) that loads
+// the recipe and gets "Potrdi" pressed, the question answered Yes. Prints the median and spread
+// of the saves, the database's journal and synchronous settings, and where the time of a save
+// goes (the statements inside SQLite by kind, the rest in the program). Prints figures; the exit
+// code only says whether the measuring itself could run, never whether a target was met.
+//
+// Usage: bench_editor [--cache-dir DIR] [--recipes 100000] [--saves 100] [--warmups 5]
+//                     [--no-variants]
+// The database is generated as bench_foundation does (bench_<recipes>.sqlite, reused from the
+// cache folder when there) and copied into a temporary folder before it is changed.
+
+#include <sqlite3.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+#include <QPushButton>
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "core/AppError.h"
+#include "core/Recordset.h"
+#include "core/Schema.h"
+#include "core/SyntheticDatabase.h"
+#include "core/UiServices.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+#include "editor/frmNew.h"
+#include "main/frmMain.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Options {
+    QString cacheDir;
+    int recipes = 100000;
+    int saves = 100;
+    int warmups = 5;
+    bool variants = true;
+};
+
+double Milliseconds(Clock::duration d) {
+    return std::chrono::duration<double, std::milli>(d).count();
+}
+
+double Percentile(std::vector<double> values, double p) {
+    if (values.empty()) {
+        return 0.0;
+    }
+    std::sort(values.begin(), values.end());
+    const double position = p * static_cast<double>(values.size() - 1);
+    const size_t below = static_cast<size_t>(position);
+    const size_t above = std::min(below + 1, values.size() - 1);
+    return values[below] +
+           (values[above] - values[below]) * (position - static_cast<double>(below));
+}
+
+void Print(const QString& line) {
+    std::printf("%s\n", line.toUtf8().constData());
+    std::fflush(stdout);
+}
+
+QString Fixed(double value, int decimals = 2) { return QString::number(value, 'f', decimals); }
+
+QString ErrorText() {
+    const AppError error = ErrorPath::Current();
+    return error.Source() + QStringLiteral("->") + error.Description();
+}
+
+// ---- the database ------------------------------------------------------------------------------
+
+void RemoveSqliteFiles(const QString& fileName) {
+    for (const QString& suffix :
+         {QString(), QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
+        QFile::remove(fileName + suffix);
+    }
+}
+
+// The generated database with the given number of recipes, as bench_foundation makes it.
+QString SqliteDatabase(const QString& folder, bool cached, int recipes) {
+    const QString fileName = folder + QStringLiteral("/bench_%1.sqlite").arg(recipes);
+    if (cached && QFileInfo::exists(fileName)) {
+        Print(QStringLiteral("sqlite  %1 recipes  reusing %2").arg(recipes).arg(fileName));
+        return fileName;
+    }
+    const QString partial = fileName + QStringLiteral(".part");
+    RemoveSqliteFiles(partial);
+    const auto start = Clock::now();
+    auto connection = std::make_shared<modDatabase::DbConnection>(
+        modDatabase::FileDatabase,
+        modDatabase::BuildConnectionString(modDatabase::FileDatabase, QString(), partial, QString(),
+                                           QString()));
+    connection->OpenEmpty();
+    if (connection->State() != modDatabase::adStateOpen) {
+        Print(QStringLiteral("  cannot create %1: %2").arg(partial, connection->LastError()));
+        return QString();
+    }
+    try {
+        Schema::Create(*connection);
+        SyntheticDatabase::Generate(*connection, recipes);
+    } catch (...) {
+        Print(QStringLiteral("  generating %1 failed: %2").arg(partial, ErrorText()));
+        connection.reset();
+        RemoveSqliteFiles(partial);
+        return QString();
+    }
+    connection.reset();
+    RemoveSqliteFiles(fileName);
+    if (!QFile::rename(partial, fileName)) {
+        Print(QStringLiteral("  cannot rename %1 to %2").arg(partial, fileName));
+        return QString();
+    }
+    Print(QStringLiteral("sqlite  %1 recipes  generated in %2 s (%3, %4 MB)")
+              .arg(recipes)
+              .arg(Fixed(Milliseconds(Clock::now() - start) / 1000.0))
+              .arg(fileName)
+              .arg(Fixed(QFileInfo(fileName).size() / 1048576.0, 1)));
+    return fileName;
+}
+
+QString PragmaValue(const QString& name) {
+    QSqlQuery query(modDatabase::Connection->Database());
+    if (!query.exec(QStringLiteral("PRAGMA ") + name) || !query.next()) {
+        return QStringLiteral("?");
+    }
+    return query.value(0).toString();
+}
+
+void SetPragma(const QString& assignment) {
+    QSqlQuery(modDatabase::Connection->Database()).exec(QStringLiteral("PRAGMA ") + assignment);
+}
+
+qint32 Insert(const QString& table, const QList<QPair<QString, QVariant>>& fields) {
+    Recordset rs = modDatabase::GetRecordset(
+        QStringLiteral("SELECT * FROM [%1] WHERE %2 = 0;")
+            .arg(table, table.left(1).toLower() + table.mid(1) + QStringLiteral("ID")));
+    rs.AddNew();
+    for (const auto& [name, value] : fields) {
+        rs.SetField(name, value);
+    }
+    rs.Update();
+    const qint32 key = rs.Long(rs.FieldName(0));
+    rs.Close();
+    return key;
+}
+
+qint32 FirstKey(const QString& sql) {
+    Recordset rs = modDatabase::GetRecordset(sql);
+    const qint32 key = rs.Eof() ? -1 : rs.Long(rs.FieldName(0));
+    rs.Close();
+    return key;
+}
+
+int Count(const QString& sql) {
+    QSqlQuery query(modDatabase::Connection->Database());
+    return query.exec(sql) && query.next() ? query.value(0).toInt() : -1;
+}
+
+// The recipe to save: 3 titled sections of 10 ingredient lines each, with instructions.
+qint32 AddMeasuredRecipe() {
+    const qint32 typeID = FirstKey(QStringLiteral("SELECT typeID FROM [Type] ORDER BY typeID;"));
+    const qint32 sourceID =
+        FirstKey(QStringLiteral("SELECT sourceID FROM [Source] ORDER BY sourceID;"));
+    const qint32 unitID = FirstKey(QStringLiteral("SELECT unitID FROM [Unit] ORDER BY unitID;"));
+    const qint32 firstIngredient =
+        FirstKey(QStringLiteral("SELECT ingredientID FROM [Ingredient] ORDER BY ingredientID;"));
+    const qint32 recipeID =
+        Insert(QStringLiteral("Recipe"),
+               {{"typeID", typeID}, {"sourceID", sourceID}, {"title", "Merjeni recept"}});
+    for (int place = 1; place <= 3; ++place) {
+        const qint32 sectionID =
+            Insert(QStringLiteral("Section"),
+                   {{"title", QStringLiteral("Razdelek %1").arg(place)},
+                    {"instructions",
+                     QStringLiteral("Prvi korak razdelka %1.\r\nDrugi korak.").arg(place)}});
+        Insert(QStringLiteral("RecipeSection"),
+               {{"recipeID", recipeID}, {"sectionID", sectionID}, {"place", place}});
+        for (int line = 0; line < 10; ++line) {
+            Insert(QStringLiteral("SectionIngredient"),
+                   {{"sectionID", sectionID},
+                    {"ingredientID", firstIngredient + (place * 10 + line) % 250},
+                    {"unitID", unitID},
+                    {"amount", 10 * (line + 1)}});
+        }
+    }
+    return recipeID;
+}
+
+// ---- where the time goes -----------------------------------------------------------------------
+
+// Time spent inside SQLite per kind of statement (the first word), from the profile trace: for
+// a statement outside a transaction this includes its commit (and the write to disk).
+struct StatementTally {
+    QMap<QString, std::pair<int, double>> byKind;  // count, milliseconds
+    int commits = 0;
+    bool on = false;
+
+    void Reset() {
+        byKind.clear();
+        commits = 0;
+    }
+    double Milliseconds() const {
+        double total = 0;
+        for (const auto& entry : byKind) {
+            total += entry.second;
+        }
+        return total;
+    }
+    int Count() const {
+        int total = 0;
+        for (const auto& entry : byKind) {
+            total += entry.first;
+        }
+        return total;
+    }
+};
+
+StatementTally g_tally;
+
+int ProfileCallback(unsigned type, void*, void* statement, void* nanoseconds) {
+    if (type == SQLITE_TRACE_PROFILE && g_tally.on) {
+        const QString sql =
+            QString::fromUtf8(sqlite3_sql(static_cast<sqlite3_stmt*>(statement))).trimmed();
+        const QString kind = sql.section(QLatin1Char(' '), 0, 0).toUpper();
+        auto& entry = g_tally.byKind[kind];
+        entry.first += 1;
+        entry.second += static_cast<double>(*static_cast<sqlite3_int64*>(nanoseconds)) / 1e6;
+    }
+    return 0;
+}
+
+int CommitHook(void*) {
+    if (g_tally.on) {
+        ++g_tally.commits;
+    }
+    return 0;  // the commit goes ahead
+}
+
+bool TraceStatements() {
+    const QVariant handle = modDatabase::Connection->Database().driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        return false;
+    }
+    sqlite3* db = *static_cast<sqlite3* const*>(handle.constData());
+    sqlite3_commit_hook(db, CommitHook, nullptr);
+    return sqlite3_trace_v2(db, SQLITE_TRACE_PROFILE, ProfileCallback, nullptr) == SQLITE_OK;
+}
+
+// ---- one save through the editor ---------------------------------------------------------------
+
+struct SaveTiming {
+    double loadMs = 0;  // exec() until the editor is up (Form_Load)
+    double saveMs = 0;  // "Potrdi" until the editor has closed
+    bool ok = false;
+    QString problem;
+};
+
+SaveTiming SaveOnce(qint32 recipeID) {
+    SaveTiming timing;
+    frmNew editor;
+    editor.lngRecipeID = recipeID;
+    modGeneral::lngLastID = -1;
+    int questions = 0;
+    QStringList other;
+    UiServices::SetMsgBoxHandler([&](const QString& text, int style, const QString&) {
+        if (text == QStringLiteral("Ali res želite shraniti recept?")) {
+            ++questions;
+            return int(UiServices::vbYes);
+        }
+        other << text;
+        return (style & 0x7) == UiServices::vbYesNo ? int(UiServices::vbNo) : int(UiServices::vbOK);
+    });
+    const auto opened = Clock::now();
+    QTimer::singleShot(0, &editor, [&] {
+        timing.loadMs = Milliseconds(Clock::now() - opened);
+        auto* cmdOK = editor.findChild<QPushButton*>(QStringLiteral("cmdOK"));
+        g_tally.on = true;
+        const auto start = Clock::now();
+        cmdOK->click();
+        timing.saveMs = Milliseconds(Clock::now() - start);
+        g_tally.on = false;
+        if (editor.isVisible()) {
+            editor.done(99);
+        }
+    });
+    const int result = editor.exec();
+    UiServices::SetMsgBoxHandler({});
+    timing.ok = result == QDialog::Accepted && questions == 1 && other.isEmpty() &&
+                modGeneral::lngLastID == recipeID;
+    if (!timing.ok) {
+        timing.problem = QStringLiteral("result %1, %2 questions, lngLastID %3, messages: %4")
+                             .arg(result)
+                             .arg(questions)
+                             .arg(modGeneral::lngLastID)
+                             .arg(other.join(QStringLiteral(" / ")));
+    }
+    return timing;
+}
+
+struct Run {
+    std::vector<double> saves;
+    std::vector<double> loads;
+    std::vector<double> insideSqlite;
+    std::vector<int> commits;
+    StatementTally tally;  // over all measured saves
+    bool ok = true;
+};
+
+Run MeasureSaves(qint32 recipeID, int warmups, int saves) {
+    Run run;
+    for (int i = 0; i < warmups + saves; ++i) {
+        g_tally.Reset();
+        const SaveTiming timing = SaveOnce(recipeID);
+        if (!timing.ok) {
+            Print(QStringLiteral("  save %1 failed: %2").arg(i + 1).arg(timing.problem));
+            run.ok = false;
+            return run;
+        }
+        if (i < warmups) {
+            continue;
+        }
+        run.saves.push_back(timing.saveMs);
+        run.loads.push_back(timing.loadMs);
+        run.insideSqlite.push_back(g_tally.Milliseconds());
+        run.commits.push_back(g_tally.commits);
+        for (auto it = g_tally.byKind.cbegin(); it != g_tally.byKind.cend(); ++it) {
+            auto& total = run.tally.byKind[it.key()];
+            total.first += it.value().first;
+            total.second += it.value().second;
+        }
+    }
+    return run;
+}
+
+void Report(const QString& label, const Run& run, int saves) {
+    if (!run.ok || run.saves.empty()) {
+        return;
+    }
+    const double median = Percentile(run.saves, 0.5);
+    Print(QStringLiteral("%1: save median %2 ms (min %3, p10 %4, p90 %5, max %6) over %7 saves; "
+                         "loading the editor median %8 ms")
+              .arg(label, Fixed(median), Fixed(Percentile(run.saves, 0.0)),
+                   Fixed(Percentile(run.saves, 0.1)), Fixed(Percentile(run.saves, 0.9)),
+                   Fixed(Percentile(run.saves, 1.0)))
+              .arg(saves)
+              .arg(Fixed(Percentile(run.loads, 0.5))));
+    const double inside = Percentile(run.insideSqlite, 0.5);
+    Print(QStringLiteral(
+              "  %1 commits (write transactions) per save; profiled statement time "
+              "median %2 ms per save (a DELETE's time includes its commit, an "
+              "INSERT ... RETURNING's commit comes at its reset and is not in it; SQLite's "
+              "profile clock counts whole milliseconds), "
+              "the rest %3 ms")
+              .arg(run.commits.empty() ? 0 : run.commits.front())
+              .arg(Fixed(inside), Fixed(median - inside)));
+    for (auto it = run.tally.byKind.cbegin(); it != run.tally.byKind.cend(); ++it) {
+        Print(QStringLiteral("    %1: %2 statements per save, %3 ms per save")
+                  .arg(it.key(), -7)
+                  .arg(Fixed(static_cast<double>(it.value().first) / saves, 1))
+                  .arg(Fixed(it.value().second / saves)));
+    }
+}
+
+bool ParseOptions(const QStringList& arguments, Options& options) {
+    for (int i = 1; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        const bool hasValue = i + 1 < arguments.size();
+        if (argument == QLatin1String("--cache-dir") && hasValue) {
+            options.cacheDir = arguments[++i];
+        } else if (argument == QLatin1String("--no-variants")) {
+            options.variants = false;
+        } else if ((argument == QLatin1String("--recipes") ||
+                    argument == QLatin1String("--saves") ||
+                    argument == QLatin1String("--warmups")) &&
+                   hasValue) {
+            bool ok = false;
+            const int value = arguments[++i].toInt(&ok);
+            if (!ok || value < (argument == QLatin1String("--warmups") ? 0 : 1)) {
+                return false;
+            }
+            (argument == QLatin1String("--recipes") ? options.recipes
+             : argument == QLatin1String("--saves") ? options.saves
+                                                    : options.warmups) = value;
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    Options options;
+    if (!ParseOptions(QCoreApplication::arguments(), options)) {
+        std::fprintf(stderr,
+                     "usage: bench_editor [--cache-dir DIR] [--recipes N] [--saves N] "
+                     "[--warmups N] [--no-variants]\n");
+        return 2;
+    }
+    const bool cached = !options.cacheDir.isEmpty();
+    const QString cacheFolder = cached ? QDir(options.cacheDir).absolutePath() : QString();
+    if (cached && !QDir().mkpath(cacheFolder)) {
+        std::fprintf(stderr, "cannot create %s\n", qPrintable(cacheFolder));
+        return 1;
+    }
+    QTemporaryDir work;
+    if (!work.isValid()) {
+        std::fprintf(stderr, "cannot create a temporary folder\n");
+        return 1;
+    }
+    // Nothing the program writes on the way (settings, error log, page) touches the user's files.
+    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
+    QDir::setCurrent(work.path());
+    modGeneral::TempFilename = work.path() + QStringLiteral("/tmpRecipeDB.html");
+
+    Print(QStringLiteral("bench_editor: %1 cores, SQLite %2, Qt %3, platform %4")
+              .arg(QThread::idealThreadCount())
+              .arg(QString::fromUtf8(sqlite3_libversion()), QString::fromUtf8(qVersion()),
+                   QApplication::platformName()));
+    const QString source =
+        SqliteDatabase(cached ? cacheFolder : work.path(), cached, options.recipes);
+    if (source.isEmpty()) {
+        return 1;
+    }
+    const QString fileName = work.path() + QStringLiteral("/measured.sqlite");
+    if (!QFile::copy(source, fileName)) {
+        Print(QStringLiteral("cannot copy %1 to %2").arg(source, fileName));
+        return 1;
+    }
+    Print(QStringLiteral("working copy %1 (%2 MB)")
+              .arg(fileName)
+              .arg(Fixed(QFileInfo(fileName).size() / 1048576.0, 1)));
+
+    modGeneral::DatabaseType = modDatabase::FileDatabase;
+    modGeneral::DatabaseName = fileName;
+    modGeneral::ServerName.clear();
+    modGeneral::Username.clear();
+    modGeneral::Password.clear();
+    modDatabase::OpenConnection();
+    if (!modDatabase::Connection || modDatabase::Connection->State() != modDatabase::adStateOpen) {
+        Print(QStringLiteral("cannot open %1").arg(fileName));
+        return 1;
+    }
+    const QString journal = PragmaValue(QStringLiteral("journal_mode"));
+    const QString synchronous = PragmaValue(QStringLiteral("synchronous"));
+    Print(QStringLiteral("program's connection: journal_mode=%1, synchronous=%2 (0 OFF, 1 NORMAL, "
+                         "2 FULL, 3 EXTRA); every statement commits by itself")
+              .arg(journal, synchronous));
+
+    qint32 recipeID = -1;
+    try {
+        recipeID = AddMeasuredRecipe();
+    } catch (...) {
+        Print(QStringLiteral("cannot add the measured recipe: %1").arg(ErrorText()));
+        return 1;
+    }
+    Print(QStringLiteral("measured recipe %1: 3 sections of 10 ingredient lines; %2 recipes in "
+                         "the database")
+              .arg(recipeID)
+              .arg(Count(QStringLiteral("SELECT COUNT(*) FROM \"Recipe\""))));
+
+    // The main window: its routine deletes the old sections on saving.
+    const auto mainStart = Clock::now();
+    frmMain mainWindow;
+    Print(QStringLiteral("main window built in %1 s (its tree holds the whole collection)")
+              .arg(Fixed(Milliseconds(Clock::now() - mainStart) / 1000.0)));
+    if (!TraceStatements()) {
+        Print(QStringLiteral("(no statement trace: the SQLite handle is not reachable)"));
+    }
+
+    Print(QStringLiteral("each save: the editor loads recipe %1, \"Potrdi\" is pressed, the "
+                         "question answered Yes; timed from the click until the editor has "
+                         "closed; %2 warm-up saves first")
+              .arg(recipeID)
+              .arg(options.warmups));
+    const Run full = MeasureSaves(recipeID, options.warmups, options.saves);
+    if (!full.ok) {
+        return 1;
+    }
+    Report(QStringLiteral("sqlite %1 recipes, journal_mode=%2 synchronous=%3 (as the program "
+                          "runs)")
+               .arg(options.recipes)
+               .arg(journal, synchronous),
+           full, options.saves);
+    const double median = Percentile(full.saves, 0.5);
+    Print(QStringLiteral("target: under 30 ms: %1")
+              .arg(median < 30.0 ? QStringLiteral("met") : QStringLiteral("missed")));
+
+    const int sections = Count(
+        QStringLiteral("SELECT COUNT(*) FROM \"RecipeSection\" WHERE recipeID = %1").arg(recipeID));
+    const int lines = Count(
+        QStringLiteral(
+            "SELECT COUNT(*) FROM \"SectionIngredient\" INNER JOIN \"RecipeSection\" ON "
+            "\"SectionIngredient\".sectionID = \"RecipeSection\".sectionID WHERE recipeID = %1")
+            .arg(recipeID));
+    Print(QStringLiteral("after the saves recipe %1 has %2 sections and %3 ingredient lines")
+              .arg(recipeID)
+              .arg(sections)
+              .arg(lines));
+
+    if (options.variants) {
+        // Diagnostics only: the same saves with less durable settings on this connection, to
+        // show the share of the disk writes. The program itself never runs so.
+        double withoutSync = 0.0;
+        for (const char* setting : {"NORMAL", "OFF"}) {
+            SetPragma(QStringLiteral("synchronous=%1").arg(QLatin1String(setting)));
+            const Run run = MeasureSaves(recipeID, options.warmups, options.saves);
+            Report(QStringLiteral("diagnostic, journal_mode=%1 synchronous=%2 (%3)")
+                       .arg(PragmaValue(QStringLiteral("journal_mode")), QLatin1String(setting),
+                            PragmaValue(QStringLiteral("synchronous"))),
+                   run, options.saves);
+            withoutSync = run.saves.empty() ? 0.0 : Percentile(run.saves, 0.5);
+        }
+        SetPragma(QStringLiteral("synchronous=FULL"));
+        const int commits = full.commits.empty() ? 0 : full.commits.front();
+        if (withoutSync > 0.0 && commits > 0) {
+            Print(QStringLiteral("the durable commits cost %1 ms of the %2 ms median save (FULL "
+                                 "minus OFF), %3 ms for each of the %4 commits")
+                      .arg(Fixed(median - withoutSync), Fixed(median),
+                           Fixed((median - withoutSync) / commits))
+                      .arg(commits));
+        }
+    }
+    modDatabase::CloseConnection();
+    Print(QStringLiteral("done"));
+    return 0;
+}

@@ -1,0 +1,144 @@
+// Saving the recipe held by the editor: the recipe row is inserted or updated, every old section
+// of the recipe is deleted, and every section in the editor is inserted afresh. There is no
+// transaction: a failure half-way leaves the rows written so far, and the editor stays open.
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QScopeGuard>
+#include <QTreeWidget>
+
+#include "core/AppError.h"
+#include "core/Controls.h"
+#include "core/UiServices.h"
+#include "core/modDatabase.h"
+#include "core/modGeneral.h"
+#include "editor/frmNew.h"
+#include "main/frmMain.h"
+
+using EditSections::UBound;
+using modDatabase::GetRecordset;
+using modGeneral::TrimBlanks;
+
+namespace {
+
+// Empty instructions are stored as a single blank.
+QString StoredInstructions(const QString& text) {
+    const QString trimmed = TrimBlanks(text);
+    return trimmed.isEmpty() ? QStringLiteral(" ") : trimmed;
+}
+
+// The main window's routine that deletes a section with its ingredient lines and links.
+void DeleteSection(qint32 sectionID) {
+    frmMain* main = frmMain::Instance();
+    if (!main) {
+        ErrorPath::Raise(91, QStringLiteral("Object variable or With block variable not set"));
+    }
+    main->DeleteSection(sectionID);
+}
+
+// Adds a Section row and its RecipeSection link; returns the new section's key.
+qint32 InsertSection(qint32 recipeID, const QVariant& title, const QString& instructions,
+                     int place) {
+    Recordset section =
+        GetRecordset(QStringLiteral("SELECT * FROM [Section] WHERE sectionID = 0;"));
+    section.AddNew();
+    section.SetField(QStringLiteral("Title"), title);
+    section.SetField(QStringLiteral("instructions"), instructions);
+    section.Update();
+    const qint32 sectionID = section.Long(QStringLiteral("sectionID"));
+    section.Close();
+
+    Recordset link =
+        GetRecordset(QStringLiteral("SELECT * FROM [RecipeSection] WHERE recipeSectionID = 0;"));
+    link.AddNew();
+    link.SetField(QStringLiteral("recipeID"), recipeID);
+    link.SetField(QStringLiteral("sectionID"), sectionID);
+    link.SetField(QStringLiteral("place"), place);
+    link.Update();
+    link.Close();
+    return sectionID;
+}
+
+}  // namespace
+
+void frmNew::cmdOK_Click() {
+    ErrorPath::Handle("frmNew:cmdOK_Click->", [&] {
+        setCursor(Qt::WaitCursor);
+        const auto normal = qScopeGuard([this] { unsetCursor(); });
+        if (UiServices::MsgBox(QStringLiteral("Ali res želite shraniti recept?"),
+                               UiServices::vbYesNo + UiServices::vbQuestion) == UiServices::vbNo) {
+            return;
+        }
+        if (!CheckRecipe()) {
+            return;
+        }
+        if (QTreeWidgetItem* selected = SelectedSection()) {
+            StoreSection(SectionIndex(selected));
+        }
+
+        // The recipe row
+        Recordset recipe = GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE recipeID = ") +
+                                        QString::number(lngRecipeID) + QStringLiteral(";"));
+        if (recipe.Eof()) {
+            recipe.AddNew();
+        }
+        recipe.SetField(QStringLiteral("typeID"), cmbType->currentData());
+        recipe.SetField(QStringLiteral("Title"), TrimBlanks(txtRecipeTitle->text()));
+        recipe.SetField(QStringLiteral("sourceID"), cmbSource->currentData());
+        recipe.Update();
+        const qint32 recipeID = recipe.Long(QStringLiteral("recipeID"));
+
+        // The old sections
+        if (lngRecipeID > -1) {
+            Recordset old = GetRecordset(
+                QStringLiteral("SELECT sectionID FROM [RecipeSection] WHERE recipeID = ") +
+                QString::number(lngRecipeID) + QStringLiteral(";"));
+            for (; !old.Eof(); old.MoveNext()) {
+                DeleteSection(old.Long(QStringLiteral("sectionID")));
+            }
+            old.Close();
+        }
+
+        if (SelectedSection()) {
+            // Several sections, in list order
+            for (int i = 1; i <= UBound(arrSections); ++i) {
+                const EditSection& section = arrSections[i];
+                const qint32 sectionID = InsertSection(recipeID, TrimBlanks(section.Title),
+                                                       StoredInstructions(section.Instructions), i);
+                Recordset lines = GetRecordset(QStringLiteral(
+                    "SELECT * FROM [SectionIngredient] WHERE sectionIngredientID = 0;"));
+                for (int k = 1; k <= UBound(section.Ingredients); ++k) {
+                    const EditIngredient& line = section.Ingredients[k];
+                    lines.AddNew();
+                    lines.SetField(QStringLiteral("sectionID"), sectionID);
+                    lines.SetField(QStringLiteral("ingredientID"), line.IngredientID);
+                    lines.SetField(QStringLiteral("amount"), int(line.Amount));
+                    lines.SetField(QStringLiteral("unitID"), line.UnitID);
+                    lines.Update();
+                }
+                lines.Close();
+            }
+        } else {
+            // The single, untitled section from the controls
+            const qint32 sectionID =
+                InsertSection(recipeID, modDatabase::StrToNull(QString()),
+                              StoredInstructions(Controls::MultiLineText(txtInstructions)), 1);
+            Recordset lines = GetRecordset(
+                QStringLiteral("SELECT * FROM [SectionIngredient] WHERE sectionIngredientID = 0;"));
+            for (int k = 0; k < lstSectionIngredient->topLevelItemCount(); ++k) {
+                const QTreeWidgetItem* entry = lstSectionIngredient->topLevelItem(k);
+                lines.AddNew();
+                lines.SetField(QStringLiteral("sectionID"), sectionID);
+                lines.SetField(QStringLiteral("ingredientID"), entry->text(4));
+                lines.SetField(QStringLiteral("amount"), entry->text(0));
+                lines.SetField(QStringLiteral("unitID"), entry->text(3));
+                lines.Update();
+            }
+            lines.Close();
+        }
+
+        modGeneral::lngLastID = recipe.Long(QStringLiteral("recipeID"));
+        recipe.Close();
+        UnloadFromCode(QDialog::Accepted);
+    });
+}
