@@ -30,6 +30,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/support/BenchSupport.h"
 #include "core/AppError.h"
 #include "core/Recordset.h"
 #include "core/Schema.h"
@@ -42,7 +43,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using namespace Bench;
 
 struct Options {
     QString cacheDir;
@@ -51,10 +52,6 @@ struct Options {
     int warmups = 5;
     bool variants = true;
 };
-
-double Milliseconds(Clock::duration d) {
-    return std::chrono::duration<double, std::milli>(d).count();
-}
 
 double Percentile(std::vector<double> values, double p) {
     if (values.empty()) {
@@ -68,68 +65,7 @@ double Percentile(std::vector<double> values, double p) {
            (values[above] - values[below]) * (position - static_cast<double>(below));
 }
 
-void Print(const QString& line) {
-    std::printf("%s\n", line.toUtf8().constData());
-    std::fflush(stdout);
-}
-
-QString Fixed(double value, int decimals = 2) { return QString::number(value, 'f', decimals); }
-
-QString ErrorText() {
-    const AppError error = ErrorPath::Current();
-    return error.Source() + QStringLiteral("->") + error.Description();
-}
-
 // ---- the database ------------------------------------------------------------------------------
-
-void RemoveSqliteFiles(const QString& fileName) {
-    for (const QString& suffix :
-         {QString(), QStringLiteral("-wal"), QStringLiteral("-shm"), QStringLiteral("-journal")}) {
-        QFile::remove(fileName + suffix);
-    }
-}
-
-// The generated database with the given number of recipes, as bench_foundation makes it.
-QString SqliteDatabase(const QString& folder, bool cached, int recipes) {
-    const QString fileName = folder + QStringLiteral("/bench_%1.sqlite").arg(recipes);
-    if (cached && QFileInfo::exists(fileName)) {
-        Print(QStringLiteral("sqlite  %1 recipes  reusing %2").arg(recipes).arg(fileName));
-        return fileName;
-    }
-    const QString partial = fileName + QStringLiteral(".part");
-    RemoveSqliteFiles(partial);
-    const auto start = Clock::now();
-    auto connection = std::make_shared<modDatabase::DbConnection>(
-        modDatabase::FileDatabase,
-        modDatabase::BuildConnectionString(modDatabase::FileDatabase, QString(), partial, QString(),
-                                           QString()));
-    connection->OpenEmpty();
-    if (connection->State() != modDatabase::adStateOpen) {
-        Print(QStringLiteral("  cannot create %1: %2").arg(partial, connection->LastError()));
-        return QString();
-    }
-    try {
-        Schema::Create(*connection);
-        SyntheticDatabase::Generate(*connection, recipes);
-    } catch (...) {
-        Print(QStringLiteral("  generating %1 failed: %2").arg(partial, ErrorText()));
-        connection.reset();
-        RemoveSqliteFiles(partial);
-        return QString();
-    }
-    connection.reset();
-    RemoveSqliteFiles(fileName);
-    if (!QFile::rename(partial, fileName)) {
-        Print(QStringLiteral("  cannot rename %1 to %2").arg(partial, fileName));
-        return QString();
-    }
-    Print(QStringLiteral("sqlite  %1 recipes  generated in %2 s (%3, %4 MB)")
-              .arg(recipes)
-              .arg(Fixed(Milliseconds(Clock::now() - start) / 1000.0))
-              .arg(fileName)
-              .arg(Fixed(QFileInfo(fileName).size() / 1048576.0, 1)));
-    return fileName;
-}
 
 QString PragmaValue(const QString& name) {
     QSqlQuery query(modDatabase::Connection->Database());

@@ -1,16 +1,21 @@
 #!/usr/bin/env bash
-# Builds and runs bench_foundation against generated SQLite files and a private PostgreSQL
-# server (tests/postgres/start.sh), which is always stopped at the end.
-#   bench/run.sh [extra bench_foundation options]
-# BUILD_DIR (default: ./build under the repository root) selects the build folder; the generated
-# SQLite files are kept in $BUILD_DIR/bench-cache so later runs skip generating them.
+# Builds and runs every benchmark program against generated databases: SQLite files (kept in
+# $BUILD_DIR/bench-cache, so later runs skip generating them) and a private PostgreSQL server
+# (tests/postgres/start.sh), which is always stopped at the end. Prints figures only.
+#   bench/run.sh            all programs
+#   bench/run.sh search     only bench_search (any program name without its "bench_")
+# BUILD_DIR (default: ./build under the repository root) selects the build folder.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
+programs=("${@:-foundation mainwindow editor search}")
+read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build "$build" -j"$jobs" --target bench_foundation
+cmake --build "$build" -j"$jobs"
+cache="$build/bench-cache"
+mkdir -p "$cache"
 
 address_file=$(mktemp /tmp/morvena-bench-pg.XXXXXX)
 cleanup() {
@@ -20,11 +25,21 @@ cleanup() {
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
-pg_options=()
+pg=()
 if bash "$root/tests/postgres/start.sh" "$address_file"; then
-    pg_options=(--pg-server "$(cat "$address_file")")
+    pg=(--pg-server "$(cat "$address_file")")
 else
     echo "run.sh: the private PostgreSQL server did not start; measuring SQLite only" >&2
 fi
 
-"$build/bench/bench_foundation" --cache-dir "$build/bench-cache" "${pg_options[@]}" "$@"
+for program in "${programs[@]}"; do
+    echo
+    case "$program" in
+        foundation) "$build/bench/bench_foundation" --cache-dir "$cache" "${pg[@]}" ;;
+        mainwindow) "$build/bench/bench_mainwindow" --cache-dir "$cache" "${pg[@]}" \
+                        --program "$build/app/morvena" --sample "$build/share/Morvena.mdb" ;;
+        editor) "$build/bench/bench_editor" --cache-dir "$cache" ;;
+        search) "$build/bench/bench_search" --cache-dir "$cache" "${pg[@]}" ;;
+        *) echo "run.sh: no benchmark named $program" >&2; exit 2 ;;
+    esac
+done
