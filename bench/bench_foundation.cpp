@@ -483,7 +483,7 @@ int main(int argc, char** argv) {
                        "handle with SqliteExtensions::Register; key with sqlite3_column_int, "
                        "other integers with sqlite3_column_int64, every text column decoded "
                        "into a QString (QString::fromUtf8 of sqlite3_column_text)"));
-    Print(QStringLiteral("DisplayRecipe: %1 random recipe ids (std::mt19937 seed 20261122) after "
+    Print(QStringLiteral("DisplayRecipe: %1 random recipe ids (std::mt19937 started from 20261122) after "
                          "20 warm-up calls; display file %2")
               .arg(options.displays)
               .arg(modGeneral::TempFilename));
