@@ -61,13 +61,13 @@ void MeasureWindow(const QString& label, int recipes, const Options& options) {
             builds.push_back(Milliseconds(Clock::now() - start));
         }
     }
-    const std::vector<QTreeWidgetItem*> nodes = RecipeNodes(window.tvRecipes);
+    const int recipeNodes = static_cast<int>(RecipeNodes(window.tvRecipes).size());
     Print(QStringLiteral("%1  %2 recipes  RefreshTreeView median %3 ms (%4 runs, %5 recipe nodes)")
               .arg(label)
               .arg(recipes)
               .arg(Fixed(Median(builds)))
               .arg(builds.size())
-              .arg(nodes.size()));
+              .arg(recipeNodes));
     std::vector<double> groupClicks;
     for (int i = 0; i < 6; ++i) {
         QTreeWidgetItem* group =
@@ -80,25 +80,14 @@ void MeasureWindow(const QString& label, int recipes, const Options& options) {
               .arg(label)
               .arg(recipes)
               .arg(Fixed(Median(groupClicks))));
-    std::vector<double> clears;
-    for (int i = 0; i < 3; ++i) {
-        window.RefreshTreeView();
-        const auto start = Clock::now();
-        window.tvRecipes->clear();
-        clears.push_back(Milliseconds(Clock::now() - start));
-    }
-    Print(QStringLiteral("%1  %2 recipes  clearing the tree median %3 ms")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(Median(clears))));
-    window.RefreshTreeView();
+    const std::vector<QTreeWidgetItem*> nodes = RecipeNodes(window.tvRecipes);
     std::mt19937 random(20261122);
     std::vector<double> clicks;
     for (int i = 0; i < options.clicks && !nodes.empty(); ++i) {
         QTreeWidgetItem* node = nodes[random() % nodes.size()];
         const auto start = Clock::now();
-        window.tvRecipes->setCurrentItem(
-            node);  // the node-click handling writes and shows the page
+        // the node-click handling writes and shows the page
+        window.tvRecipes->setCurrentItem(node);
         clicks.push_back(Milliseconds(Clock::now() - start));
     }
     Print(QStringLiteral("%1  %2 recipes  node click to page shown median %3 ms (%4 clicks)")
