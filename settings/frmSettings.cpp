@@ -15,15 +15,17 @@
 #include <optional>
 
 #include "core/AppError.h"
+#include "core/Controls.h"
 #include "core/UiServices.h"
 #include "core/modGeneral.h"
 #include "core/modRegistry.h"
 
 namespace {
 
-// The form's sizes are given in twips; 15 twips make one pixel.
-constexpr int TwipsPerPixel = 15;
-constexpr int Pixels(int twips) { return twips / TwipsPerPixel; }
+using Controls::NewButton;
+using Controls::NewLabel;
+using Controls::NewTextBox;
+using Controls::Pixels;
 
 // The database box beside its browse button, and alone (database server: no browse button).
 constexpr int DatabaseWidthWithBrowse = Pixels(2205);
@@ -32,27 +34,8 @@ constexpr int DatabaseWidthAlone = Pixels(2565);
 constexpr int BrowseGap = 3;
 constexpr int BrowseButtonSize = DatabaseWidthAlone - DatabaseWidthWithBrowse - BrowseGap;
 
-QLineEdit* NewTextBox(const QString& name, QWidget* parent) {
-    auto* box = new QLineEdit(parent);
-    box->setObjectName(name);
-    return box;
-}
-
-QLabel* NewLabel(const QString& name, const QString& caption, QWidget* parent) {
-    auto* label = new QLabel(caption, parent);
-    label->setObjectName(name);
-    label->setTextFormat(Qt::PlainText);
-    return label;
-}
-
-QPushButton* NewButton(const QString& name, const QString& caption, QWidget* parent) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    return button;
-}
-
 QPushButton* NewBrowseButton(const QString& name, QWidget* parent) {
-    QPushButton* button = NewButton(name, QStringLiteral("..."), parent);
+    QPushButton* button = NewButton(parent, name, QStringLiteral("..."));
     button->setFixedSize(BrowseButtonSize, BrowseButtonSize);
     button->setAutoDefault(false);
     return button;
@@ -99,23 +82,23 @@ void frmSettings::CreateControls() {
     options->addWidget(optSqlServer);
     options->addStretch(1);
 
-    lblServer = NewLabel(QStringLiteral("lblServer"), QStringLiteral("Strežnik:"), this);
-    txtServer = NewTextBox(QStringLiteral("txtServer"), this);
-    lblDatabase = NewLabel(QStringLiteral("lblDatabase"), QStringLiteral("Zbirka podatkov:"), this);
-    txtDatabase = NewTextBox(QStringLiteral("txtDatabase"), this);
+    lblServer = NewLabel(this, QStringLiteral("lblServer"), QStringLiteral("Strežnik:"));
+    txtServer = NewTextBox(this, QStringLiteral("txtServer"));
+    lblDatabase = NewLabel(this, QStringLiteral("lblDatabase"), QStringLiteral("Zbirka podatkov:"));
+    txtDatabase = NewTextBox(this, QStringLiteral("txtDatabase"));
     cmdDatabase = NewBrowseButton(QStringLiteral("cmdDatabase"), this);
-    lblUsername = NewLabel(QStringLiteral("lblUsername"), QStringLiteral("Uporabniško ime:"), this);
-    txtUsername = NewTextBox(QStringLiteral("txtUsername"), this);
-    lblPassword = NewLabel(QStringLiteral("lblPassword"), QStringLiteral("Geslo:"), this);
-    txtPassword = NewTextBox(QStringLiteral("txtPassword"), this);
+    lblUsername = NewLabel(this, QStringLiteral("lblUsername"), QStringLiteral("Uporabniško ime:"));
+    txtUsername = NewTextBox(this, QStringLiteral("txtUsername"));
+    lblPassword = NewLabel(this, QStringLiteral("lblPassword"), QStringLiteral("Geslo:"));
+    txtPassword = NewTextBox(this, QStringLiteral("txtPassword"));
     txtPassword->setEchoMode(QLineEdit::Password);
     lblTempFilename =
-        NewLabel(QStringLiteral("lblTempFilename"), QStringLiteral("Začasna datoteka:"), this);
-    txtTempFilename = NewTextBox(QStringLiteral("txtTempFilename"), this);
+        NewLabel(this, QStringLiteral("lblTempFilename"), QStringLiteral("Začasna datoteka:"));
+    txtTempFilename = NewTextBox(this, QStringLiteral("txtTempFilename"));
     cmdTempFilename = NewBrowseButton(QStringLiteral("cmdTempFilename"), this);
-    cmdOK = NewButton(QStringLiteral("cmdOK"), QStringLiteral("Potrdi"), this);
+    cmdOK = NewButton(this, QStringLiteral("cmdOK"), QStringLiteral("Potrdi"));
     cmdOK->setDefault(true);
-    cmdCancel = NewButton(QStringLiteral("cmdCancel"), QStringLiteral("Prekliči"), this);
+    cmdCancel = NewButton(this, QStringLiteral("cmdCancel"), QStringLiteral("Prekliči"));
 
     for (QLineEdit* box : {txtServer, txtUsername, txtPassword}) {
         box->setFixedWidth(DatabaseWidthAlone);

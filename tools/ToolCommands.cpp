@@ -116,11 +116,11 @@ std::shared_ptr<modDatabase::DbConnection> EmptyDatabase(const Arguments& args) 
 
 const QStringList DatabaseOptions{"--server", "--database", "--user", "--password"};
 
-bool NamesOneDatabase(const Arguments& args, int positionalBesideCommand) {
+// A file beside the command, or a server with a database.
+bool NamesOneDatabase(const Arguments& args) {
     const bool server = args.options.contains(QStringLiteral("--server"));
     const bool expectedPositional = args.positional.size() == 1 + (server ? 0 : 1);
-    return expectedPositional && positionalBesideCommand >= 0 &&
-           (!server || args.options.contains(QStringLiteral("--database")));
+    return expectedPositional && (!server || args.options.contains(QStringLiteral("--database")));
 }
 
 int CreateDatabase(const QStringList& arguments, QTextStream& out, QTextStream& err) {
@@ -129,7 +129,7 @@ int CreateDatabase(const QStringList& arguments, QTextStream& out, QTextStream& 
     if (!args) {
         return Usage(err, problem);
     }
-    if (!NamesOneDatabase(*args, 0)) {
+    if (!NamesOneDatabase(*args)) {
         return Usage(err,
                      QStringLiteral("create-db potrebuje datoteko ali --server in --database."));
     }
@@ -163,7 +163,7 @@ int Generate(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         return Usage(err,
                      QStringLiteral("generate potrebuje --recipes N (celo število, 0 ali več)."));
     }
-    if (args->sample || !NamesOneDatabase(*args, 0)) {
+    if (args->sample || !NamesOneDatabase(*args)) {
         return Usage(err,
                      QStringLiteral("generate potrebuje datoteko ali --server in --database."));
     }
