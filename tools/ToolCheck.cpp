@@ -1,0 +1,78 @@
+// morvena-tool check DATABASE [--repair]: what an interrupted save leaves behind, and its repair.
+#include "core/CollectionCheck.h"
+#include "core/DatabaseAddress.h"
+#include "core/modDatabase.h"
+#include "tools/ToolCommands.h"
+#include "tools/ToolSupport.h"
+
+namespace ToolCommands {
+namespace {
+
+QString Line(const CollectionCheck::Finding& finding) {
+    QString line =
+        finding.description + QStringLiteral(": ") + QString::number(finding.keys.size());
+    if (!finding.keys.isEmpty()) {
+        QStringList keys;
+        for (qint64 key : finding.keys) {
+            keys << QString::number(key);
+        }
+        line += QStringLiteral(" (%1 %2)").arg(finding.table, keys.join(QStringLiteral(", ")));
+    }
+    return line;
+}
+
+}  // namespace
+
+int Check(const QStringList& arguments, QTextStream& out, QTextStream& err) {
+    QStringList names;
+    bool repair = false;
+    for (const QString& argument : arguments.mid(1)) {
+        if (argument == QLatin1String("--repair")) {
+            repair = true;
+        } else if (argument.startsWith(QLatin1String("--"))) {
+            return ToolSupport::Usage(err, QStringLiteral("Neznana možnost: %1").arg(argument));
+        } else {
+            names << argument;
+        }
+    }
+    if (names.size() != 1) {
+        return ToolSupport::Usage(err, QStringLiteral("check potrebuje eno zbirko."));
+    }
+    QString problem;
+    const auto address = DatabaseAddress::Parse(names[0], problem);
+    if (!address) {
+        return ToolSupport::Usage(err, problem);
+    }
+    auto connection = DatabaseAddress::Connection(*address);
+    connection->Open();
+    if (connection->State() != modDatabase::adStateOpen) {
+        return ToolSupport::Failure(err, connection->LastError());
+    }
+    try {
+        const CollectionCheck::Report report = CollectionCheck::Check(*connection);
+        if (report.integrityChecked) {
+            out << QStringLiteral("Celovitost datoteke (PRAGMA integrity_check): ")
+                << report.integrity.join(QStringLiteral("; ")) << Qt::endl;
+        }
+        for (const CollectionCheck::Finding& finding : report.findings) {
+            out << Line(finding) << Qt::endl;
+        }
+        const bool damaged =
+            report.integrityChecked && report.integrity != QStringList{QStringLiteral("ok")};
+        if (repair && damaged) {
+            out << QStringLiteral("Datoteka je poškodovana, zato ni popravljeno nič.") << Qt::endl;
+        } else if (repair && !report.Clean()) {
+            for (const CollectionCheck::Finding& deleted : CollectionCheck::Repair(*connection)) {
+                out << Line(deleted) << Qt::endl;
+            }
+        }
+        out << (report.Clean() ? QStringLiteral("Ni najdenih napak.")
+                               : QStringLiteral("Najdene so napake."))
+            << Qt::endl;
+        return report.Clean() ? Done : Found;
+    } catch (...) {
+        return ToolSupport::Failure(err, ToolSupport::ErrorText());
+    }
+}
+
+}  // namespace ToolCommands
