@@ -116,8 +116,9 @@ void Delete(DbConnection& connection, const QString& table, const QString& key,
 
 bool Report::Clean() const {
     const bool integrityOk = !integrityChecked || integrity == QStringList{QStringLiteral("ok")};
-    return integrityOk && std::all_of(findings.cbegin(), findings.cend(),
-                                      [](const Finding& f) { return f.keys.isEmpty(); });
+    return integrityOk && std::all_of(findings.cbegin(), findings.cend(), [](const Finding& f) {
+               return f.keys.isEmpty() && f.error.isEmpty();
+           });
 }
 
 Report Check(DbConnection& connection) {
@@ -127,9 +128,15 @@ Report Check(DbConnection& connection) {
             report.integrityChecked = true;
             report.integrity = Integrity(connection);
         }
+        // A damaged file can fail one query and answer the others.
         const auto find = [&](const char* description, const char* table, const QString& sql) {
-            report.findings.push_back(
-                {QString::fromUtf8(description), QString::fromUtf8(table), Keys(connection, sql)});
+            Finding finding{QString::fromUtf8(description), QString::fromUtf8(table), {}, {}};
+            try {
+                finding.keys = Keys(connection, sql);
+            } catch (const AppError& error) {
+                finding.error = error.Description();
+            }
+            report.findings.push_back(finding);
         };
         find("Razdelki, ki jih ne uporablja noben recept", "Section", UnusedSections());
         find("Povezave receptov z razdelki, ki kažejo na manjkajoč recept ali razdelek",

@@ -21,6 +21,7 @@ struct Finding {
     QString description;
     QString table;
     QList<qint64> keys;
+    QString error;  // why the rows could not be looked for (a damaged file)
 };
 
 struct Report {

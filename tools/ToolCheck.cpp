@@ -9,6 +9,10 @@ namespace ToolCommands {
 namespace {
 
 QString Line(const CollectionCheck::Finding& finding) {
+    if (!finding.error.isEmpty()) {
+        return finding.description + QStringLiteral(": ni mogoče preveriti (") + finding.error +
+               QLatin1Char(')');
+    }
     QString line =
         finding.description + QStringLiteral(": ") + QString::number(finding.keys.size());
     if (!finding.keys.isEmpty()) {
