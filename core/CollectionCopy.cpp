@@ -162,7 +162,11 @@ public:
             }
         }
         if (!m_query->exec()) {
-            modDatabase::RaiseDriverError(m_connection, m_query->lastError());
+            // After a failed statement the server ignores everything, freeing the prepared
+            // statement too, until the transaction is rolled back.
+            const QSqlError error = m_query->lastError();
+            m_connection.Database().rollback();
+            modDatabase::RaiseDriverError(m_connection, error);
         }
         m_pending.clear();
     }
@@ -284,6 +288,11 @@ void BeginReading(DbConnection& source) {
 
 std::vector<TableSummary> CopyAll(DbConnection& source, DbConnection& target, const Hooks& hooks) {
     BeginReading(source);
+    if (target.Kind() == modDatabase::ServerDatabase) {
+        // The server's notices (an extension already there, a rollback after a failure) are
+        // not the tool's output.
+        Run(target, QStringLiteral("SET client_min_messages TO ERROR"));
+    }
     QSqlDatabase db = target.Database();
     if (!db.transaction()) {
         modDatabase::RaiseDriverError(target, db.lastError());
