@@ -1,0 +1,165 @@
+// Measures moving and keeping a collection of generated recipes (100,000 unless --recipes
+// says otherwise): morvena-tool's copy from a file to the server and back, and backup of a
+// file. Each figure is printed beside a floor measured in the same run on the same data:
+//   copy into a server database: the generator writing the same rows there (no reading, no
+//     checking);
+//   copy into a file: the generator writing the same rows into a new file;
+//   backup: copying the file's bytes (no consistency, no check).
+// The copies' target is 60 s each way. Prints figures only.
+//
+// Usage: bench_copy [--cache-dir DIR] [--pg-server HOST:PORT] [--recipes N]
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
+#include <cstdio>
+
+#include "bench/support/BenchSupport.h"
+#include "core/CollectionBackup.h"
+#include "core/CollectionCopy.h"
+#include "core/modDatabase.h"
+
+using namespace Bench;
+
+namespace {
+
+constexpr double TargetSeconds = 60.0;
+
+struct Options {
+    QString cacheDir;
+    QString pgServer;
+    int recipes = 100000;
+};
+
+bool ParseOptions(const QStringList& arguments, Options& options) {
+    for (int i = 1; i + 1 < arguments.size(); i += 2) {
+        const QString& name = arguments[i];
+        const QString& value = arguments[i + 1];
+        bool ok = true;
+        if (name == QLatin1String("--cache-dir")) {
+            options.cacheDir = value;
+        } else if (name == QLatin1String("--pg-server")) {
+            options.pgServer = value;
+        } else if (name == QLatin1String("--recipes")) {
+            options.recipes = value.toInt(&ok);
+            ok = ok && options.recipes > 0;
+        } else {
+            ok = false;
+        }
+        if (!ok) {
+            return false;
+        }
+    }
+    return arguments.size() % 2 == 1;
+}
+
+DatabaseAddress::Address FileAddress(const QString& file) {
+    return {modDatabase::FileDatabase, QString(), file, QString(), QString()};
+}
+
+DatabaseAddress::Address ServerAddress(const QString& server, const QString& database) {
+    return {modDatabase::ServerDatabase, server, database, PgUser, PgPassword};
+}
+
+// Seconds of one copy, or a negative number after printing why it failed.
+double TimeCopy(const DatabaseAddress::Address& from, const DatabaseAddress::Address& to) {
+    const auto start = Clock::now();
+    const CollectionCopy::Outcome outcome = CollectionCopy::Copy(from, to, {});
+    if (!outcome.copied) {
+        Print(QStringLiteral("  copy failed: %1").arg(outcome.message));
+        return -1.0;
+    }
+    return Milliseconds(Clock::now() - start) / 1000.0;
+}
+
+void PrintCopy(const QString& way, double seconds, double floorSeconds) {
+    Print(QStringLiteral("%1  copy %2 s  floor (generator into the same kind) %3 s  target %4 s "
+                         " %5")
+              .arg(way, Fixed(seconds), Fixed(floorSeconds), Fixed(TargetSeconds, 0),
+                   seconds <= TargetSeconds ? QStringLiteral("met") : QStringLiteral("NOT MET")));
+}
+
+int MeasureBackup(const QString& source, const QString& folder) {
+    const QString backup = folder + QStringLiteral("/backup.sqlite");
+    const QString plain = folder + QStringLiteral("/plain.sqlite");
+    RemoveSqliteFiles(backup);
+    RemoveSqliteFiles(plain);
+    auto start = Clock::now();
+    const CollectionBackup::Outcome outcome = CollectionBackup::Backup(source, backup);
+    const double seconds = Milliseconds(Clock::now() - start) / 1000.0;
+    start = Clock::now();
+    const bool copied = QFile::copy(source, plain);
+    const double floorSeconds = Milliseconds(Clock::now() - start) / 1000.0;
+    RemoveSqliteFiles(backup);
+    RemoveSqliteFiles(plain);
+    if (!outcome.done || !copied) {
+        Print(QStringLiteral("  backup failed: %1").arg(outcome.message));
+        return 1;
+    }
+    Print(QStringLiteral("file backup  %1 s (with integrity check)  floor (copying the file's "
+                         "bytes) %2 s")
+              .arg(Fixed(seconds), Fixed(floorSeconds)));
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    Options options;
+    if (!ParseOptions(QCoreApplication::arguments(), options)) {
+        std::fprintf(stderr,
+                     "usage: bench_copy [--cache-dir DIR] [--pg-server HOST:PORT] [--recipes N]\n");
+        return 2;
+    }
+    QTemporaryDir work;
+    if (!work.isValid()) {
+        std::fprintf(stderr, "cannot create a temporary folder\n");
+        return 1;
+    }
+    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
+    const bool cached = !options.cacheDir.isEmpty();
+    const QString folder = cached ? options.cacheDir : work.path();
+    QDir().mkpath(folder);
+    QDir::setCurrent(work.path());
+    Print(QStringLiteral("bench_copy: %1 cores, %2")
+              .arg(QThread::idealThreadCount())
+              .arg(LoadAverage()));
+
+    const QString source = SqliteDatabase(folder, cached, options.recipes);
+    if (source.isEmpty()) {
+        return 1;
+    }
+    int status = MeasureBackup(source, work.path());
+    if (options.pgServer.isEmpty()) {
+        Print(QStringLiteral("postgresql  skipped: no --pg-server HOST:PORT given"));
+        Print(QStringLiteral("done, %1").arg(LoadAverage()));
+        return status;
+    }
+    const QString server = options.pgServer;
+    const QString fileBack = work.path() + QStringLiteral("/back.sqlite");
+    const QString fileFloor = work.path() + QStringLiteral("/floor.sqlite");
+    if (!CreateServerDatabase(server, QStringLiteral("bench_copy")) ||
+        !CreateServerDatabase(server, QStringLiteral("bench_copy_floor"))) {
+        return 1;
+    }
+    const double there = TimeCopy(FileAddress(source), ServerAddress(server, "bench_copy"));
+    const double thereFloor = GenerateInto(modDatabase::ServerDatabase, server,
+                                           QStringLiteral("bench_copy_floor"), options.recipes);
+    const double back = TimeCopy(ServerAddress(server, "bench_copy"), FileAddress(fileBack));
+    const double backFloor =
+        GenerateInto(modDatabase::FileDatabase, QString(), fileFloor, options.recipes);
+    if (there < 0 || thereFloor < 0 || back < 0 || backFloor < 0) {
+        status = 1;
+    } else {
+        Print(QStringLiteral("%1 recipes").arg(options.recipes));
+        PrintCopy(QStringLiteral("file to server"), there, thereFloor);
+        PrintCopy(QStringLiteral("server to file"), back, backFloor);
+    }
+    RemoveSqliteFiles(fileBack);
+    RemoveSqliteFiles(fileFloor);
+    Print(QStringLiteral("done, %1").arg(LoadAverage()));
+    return status;
+}
