@@ -157,8 +157,12 @@ QStringList DbConnection::TablesPresent() {
 void DbConnection::Check(Expect expect, const QString& name) {
     const QStringList present = TablesPresent();
     if (expect == Expect::EmptyDatabase) {
-        if (!present.isEmpty()) {
-            Fail(QStringLiteral("Zbirka podatkov %1 ni prazna.").arg(name));
+        // Tables of other programs may share a server database; none of the program's own.
+        for (const QString& table : Schema::TableNames() + QStringList{QStringLiteral("?")}) {
+            if (present.contains(table.toLower())) {
+                Fail(QStringLiteral("Zbirka podatkov %1 ni prazna.").arg(name));
+                return;
+            }
         }
         return;
     }

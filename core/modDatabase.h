@@ -29,7 +29,7 @@ public:
     // without the program's tables) leaves it closed with LastError() telling why.
     void Open();
     // Opens a database that is to receive the schema: a new file (it must not exist yet) or an
-    // existing server database without tables.
+    // existing server database without the program's tables.
     void OpenEmpty();
     void Close();
     int State() const;

@@ -1,6 +1,7 @@
 // Moving a collection: PostgreSQL URIs where a database is named, and morvena-tool copy.
 #include <QFile>
 #include <QProcess>
+#include <QSqlQuery>
 #include <QTest>
 #include <QUrl>
 
@@ -396,6 +397,32 @@ private Q_SLOTS:
         QCOMPARE(FileBytes(Work("occupied.db")), fileBefore);
         Open(kind, QStringLiteral("occupied"));
         QCOMPARE(Dump(), before);
+    }
+
+    // Tables of another program in the server database stay as they were beside the copy.
+    void aServerDatabaseWithOtherTablesReceivesTheCopy() {
+        const QString target = EmptyTarget(TestDatabase::Postgres, QStringLiteral("shared"));
+        modDatabase::DbConnection other(
+            modDatabase::ServerDatabase,
+            modDatabase::BuildConnectionString(
+                modDatabase::ServerDatabase, TestDatabase::PostgresServer(), "shared",
+                TestDatabase::PostgresUser(), TestDatabase::PostgresPassword()));
+        other.OpenEmpty();
+        QCOMPARE(other.State(), int(modDatabase::adStateOpen));
+        QSqlQuery query(other.Database());
+        QVERIFY(query.exec("CREATE TABLE beleznica (vrstica text)"));
+        QVERIFY(query.exec("INSERT INTO beleznica VALUES ('kupi moko')"));
+        other.Close();
+        const Result result = Tool({"generate", "--database", target, "--recipes", "20"});
+        QCOMPARE(result.exitCode, 0);
+        const QString copy = EmptyTarget(TestDatabase::Sqlite, QStringLiteral("shared"));
+        QCOMPARE(Tool({"copy", target, copy}).exitCode, 0);
+        Open(TestDatabase::Postgres, QStringLiteral("shared"));
+        QCOMPARE(TestDatabase::Rows("SELECT vrstica FROM beleznica;"), QStringList{"kupi moko"});
+        QCOMPARE(TestDatabase::Rows("SELECT COUNT(*) FROM [Recipe];"), QStringList{"20"});
+        const QStringList generated = Dump();
+        Open(TestDatabase::Sqlite, QStringLiteral("shared"));
+        QCOMPARE(Dump(), generated);
     }
 
     void aSourceThatCannotBeOpenedLeavesNoTarget_data() { TestDatabase::AddKinds(); }
