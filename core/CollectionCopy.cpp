@@ -1,7 +1,9 @@
 #include "core/CollectionCopy.h"
 
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QtEndian>
@@ -319,8 +321,22 @@ std::vector<TableSummary> CopyAll(DbConnection& source, DbConnection& target, co
     }
 }
 
-QString FileOf(const DatabaseAddress::Address& address) {
-    return address.kind == modDatabase::FileDatabase ? address.database : QString();
+// A new file is written under a name of its own beside the target and takes the target's name
+// only when the copy is complete, so that a copy killed outright leaves no file by that name.
+QString PartName(const QString& file) {
+    const QFileInfo info(file);
+    return info.absolutePath() + QStringLiteral("/.") + info.fileName() +
+           QStringLiteral(".part-%1").arg(QCoreApplication::applicationPid());
+}
+
+bool Taken(const QString& path) {
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+void RemoveFile(const QString& file) {
+    QFile::remove(file + QStringLiteral("-journal"));
+    QFile::remove(file);
 }
 
 }  // namespace
@@ -344,13 +360,22 @@ std::vector<TableSummary> Summarize(DbConnection& connection) {
 Outcome Copy(const DatabaseAddress::Address& source, const DatabaseAddress::Address& target,
              const Hooks& hooks) {
     Outcome outcome;
+    const bool newFile = target.kind == modDatabase::FileDatabase;
+    if (newFile && Taken(target.database)) {
+        outcome.message = QStringLiteral("Datoteka %1 že obstaja.").arg(target.database);
+        return outcome;
+    }
     auto from = DatabaseAddress::Connection(source);
     from->Open();
     if (from->State() != modDatabase::adStateOpen) {
         outcome.message = from->LastError();
         return outcome;
     }
-    auto to = DatabaseAddress::Connection(target);
+    DatabaseAddress::Address writing = target;
+    if (newFile) {
+        writing.database = PartName(target.database);
+    }
+    auto to = DatabaseAddress::Connection(writing);
     to->OpenEmpty();
     if (to->State() != modDatabase::adStateOpen) {
         outcome.message = to->LastError();
@@ -367,11 +392,16 @@ Outcome Copy(const DatabaseAddress::Address& source, const DatabaseAddress::Addr
         outcome.message = QStringLiteral("CollectionCopy:Copy->") + error.Source() +
                           QStringLiteral("->") + error.Description();
     }
-    to->Close();
     to.reset();
-    if (!outcome.copied && !FileOf(target).isEmpty()) {
-        QFile::remove(FileOf(target) + QStringLiteral("-journal"));
-        QFile::remove(FileOf(target));
+    if (newFile && outcome.copied && !QFile::rename(writing.database, target.database)) {
+        outcome.copied = false;
+        outcome.message =
+            Taken(target.database)
+                ? QStringLiteral("Datoteka %1 že obstaja.").arg(target.database)
+                : QStringLiteral("Datoteke %1 ni mogoče ustvariti.").arg(target.database);
+    }
+    if (newFile && !outcome.copied) {
+        RemoveFile(writing.database);
     }
     return outcome;
 }

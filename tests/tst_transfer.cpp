@@ -1,4 +1,5 @@
 // Moving a collection: PostgreSQL URIs where a database is named, and morvena-tool copy.
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QSqlQuery>
@@ -463,6 +464,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<bool>("outright");
         QTest::newRow("sqlite, terminated") << TestDatabase::Sqlite << false;
+        QTest::newRow("sqlite, killed") << TestDatabase::Sqlite << true;
         QTest::newRow("postgresql, terminated") << TestDatabase::Postgres << false;
         QTest::newRow("postgresql, killed") << TestDatabase::Postgres << true;
     }
@@ -497,6 +499,13 @@ private Q_SLOTS:
         }
         QCOMPARE(copy.readAllStandardOutput(), QByteArray());
         QTRY_VERIFY_WITH_TIMEOUT(StillEmpty(kind, QStringLiteral("interrupted")), 10000);
+        if (!outright && kind == TestDatabase::Sqlite) {
+            // Nothing of the new file is left beside it either.
+            QCOMPARE(QDir(TestDatabase::WorkFolder())
+                         .entryList({QStringLiteral(".interrupted.db*")},
+                                    QDir::Files | QDir::Hidden),
+                     QStringList());
+        }
     }
 
     void badArgumentsGiveOneLineAndExitCodeTwo_data() {
