@@ -501,10 +501,10 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(StillEmpty(kind, QStringLiteral("interrupted")), 10000);
         if (!outright && kind == TestDatabase::Sqlite) {
             // Nothing of the new file is left beside it either.
-            QCOMPARE(QDir(TestDatabase::WorkFolder())
-                         .entryList({QStringLiteral(".interrupted.db*")},
-                                    QDir::Files | QDir::Hidden),
-                     QStringList());
+            QCOMPARE(
+                QDir(TestDatabase::WorkFolder())
+                    .entryList({QStringLiteral(".interrupted.db*")}, QDir::Files | QDir::Hidden),
+                QStringList());
         }
     }
 
