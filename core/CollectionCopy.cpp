@@ -309,11 +309,15 @@ std::vector<TableSummary> CopyAll(DbConnection& source, DbConnection& target, co
             ContinueServerKeys(target);
         }
         Verify(copied, Summarize(target));
+        if (hooks.cancelled && hooks.cancelled()) {
+            throw Interrupted();
+        }
         if (!db.commit()) {
             modDatabase::RaiseDriverError(target, db.lastError());
         }
-        Run(source, QStringLiteral("COMMIT"));
-        Run(target, QStringLiteral("ANALYZE"));  // the query planner's statistics
+        // Once committed the copy stands; what follows only helps.
+        QSqlQuery(source.Database()).exec(QStringLiteral("COMMIT"));
+        QSqlQuery(db).exec(QStringLiteral("ANALYZE"));  // the query planner's statistics
         return copied;
     } catch (...) {
         db.rollback();
