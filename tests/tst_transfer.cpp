@@ -10,6 +10,7 @@
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
+#include "tests/support/EditorDriver.h"
 #include "tests/support/TestDatabase.h"
 
 namespace {
@@ -373,6 +374,56 @@ private Q_SLOTS:
             }
             QCOMPARE(TestDatabase::Insert(Tables[i], fields), highest + 1);
         }
+    }
+
+    // The editor's "Potrdi" on the copy: the recipe and its section get keys after the copied.
+    void aRecipeSavedInTheEditorAfterTheCopyGetsANewKey_data() { TestDatabase::AddKinds(); }
+    void aRecipeSavedInTheEditorAfterTheCopyGetsANewKey() {
+        using namespace EditorDriver;
+        QFETCH(QString, kind);
+        const QString target = EmptyTarget(kind, QStringLiteral("saved_after"));
+        QCOMPARE(Tool({"copy", m_original, target}).exitCode, 0);
+        Open(kind, QStringLiteral("saved_after"));
+        const auto highest = [](const char* key, const char* table) {
+            return TestDatabase::Rows(QStringLiteral("SELECT MAX(%1) FROM [%2];").arg(key, table))
+                .value(0)
+                .toLongLong();
+        };
+        const qint64 recipe = highest("recipeID", "Recipe");
+        const qint64 section = highest("sectionID", "Section");
+        const qint64 line = highest("sectionIngredientID", "SectionIngredient");
+        modGeneral::TempFilename = Work("saved_after.html");
+        const QString unit =
+            TestDatabase::Rows("SELECT name FROM [Unit] WHERE unitID = 1;").value(0);
+        const QString ingredient =
+            TestDatabase::Rows("SELECT name FROM [Ingredient] WHERE ingredientID = 1;").value(0);
+        MessageRecorder messages;
+        const int result = ShowEditor(-1, [&](frmNew* editor) {
+            QComboBox* groups = Combo(editor, "cmbGroup");
+            for (int i = 0; i < groups->count() && Combo(editor, "cmbType")->count() == 0; ++i) {
+                groups->setCurrentIndex(i);
+            }
+            Combo(editor, "cmbType")->setCurrentIndex(0);
+            Combo(editor, "cmbSource")->setCurrentIndex(0);
+            Box(editor, "txtRecipeTitle")->setText(QStringLiteral("Shranjen po selitvi"));
+            AddLine(editor, QStringLiteral("3"), unit, ingredient);
+            SetInstructions(editor, QStringLiteral("Zmešamo."));
+            Click(editor, "cmdOK");
+        });
+        QCOMPARE(Said(messages).join(" / "), QStringLiteral("36 Ali res želite shraniti recept?"));
+        QCOMPARE(result, int(QDialog::Accepted));
+        QCOMPARE(qint64(modGeneral::lngLastID), recipe + 1);
+        QCOMPARE(
+            TestDatabase::Rows(
+                QStringLiteral("SELECT title FROM [Recipe] WHERE recipeID = %1;").arg(recipe + 1)),
+            QStringList{"Shranjen po selitvi"});
+        QCOMPARE(TestDatabase::Rows(
+                     QStringLiteral("SELECT [RecipeSection].sectionID, sectionIngredientID FROM "
+                                    "[RecipeSection] INNER JOIN [SectionIngredient] ON "
+                                    "[RecipeSection].sectionID = [SectionIngredient].sectionID "
+                                    "WHERE recipeID = %1;")
+                         .arg(recipe + 1)),
+                 QStringList{QStringLiteral("%1|%2").arg(section + 1).arg(line + 1)});
     }
 
     void aTargetThatIsNotEmptyIsRefusedAndKept_data() { TestDatabase::AddKinds(); }
