@@ -5,6 +5,8 @@
 #include <array>
 
 #include "core/AppError.h"
+#include "core/PlannerStatistics.h"
+#include "core/SqliteExtensions.h"
 #include "core/modDatabase.h"
 
 namespace SyntheticDatabase {
@@ -206,6 +208,9 @@ void Generate(modDatabase::DbConnection& connection, int recipes) {
         }
         db.commit();
         Run(connection, QStringLiteral("ANALYZE"));  // the query planner's statistics
+        if (connection.Kind() == modDatabase::FileDatabase) {
+            PlannerStatistics::Keep(SqliteExtensions::Handle(db));
+        }
     });
 }
 
