@@ -12,6 +12,7 @@ namespace PlannerStatistics {
 namespace {
 
 const char* const IngredientIndex = "SectionIngredientIngredient";
+const char* const RecipeOrderIndex = "RecipeSectionRecipe";
 
 // The first column of the first row of a statement as text ("" when no row).
 std::string FirstText(sqlite3* db, const char* sql) {
@@ -46,6 +47,19 @@ std::string StatOf(sqlite3* db, const char* index) {
         db, (std::string("SELECT stat FROM sqlite_stat1 WHERE idx = '") + index + "'").c_str());
 }
 
+// The sections of a recipe in their order serve one recipe at a time; a search over all method
+// texts or section titles is to read the sections as they lie and look up the recipes of the
+// matching ones, not to read them in recipe order (one lookup per section) just to spare sorting
+// the recipes found. "unordered" tells the planner not to use the index for an order.
+bool KeepUnordered(sqlite3* db) {
+    const std::string stat = StatOf(db, RecipeOrderIndex);
+    if (stat.empty() || stat.find("unordered") != std::string::npos) {
+        return false;
+    }
+    return Run(db, "UPDATE sqlite_stat1 SET stat = '" + stat + " unordered' WHERE idx = '" +
+                       RecipeOrderIndex + "'");
+}
+
 }  // namespace
 
 long long IngredientLinesFigure(long long lines, long long ingredients) {
@@ -66,23 +80,20 @@ void Keep(sqlite3* db) {
     if (!hasStatistics || StatOf(db, IngredientIndex).empty()) {
         Run(db, "ANALYZE");
     }
+    bool changed = KeepUnordered(db);
     std::vector<long long> stat = Numbers(StatOf(db, IngredientIndex));
     const long long ingredients =
         std::atoll(FirstText(db, "SELECT COUNT(*) FROM [Ingredient]").c_str());
-    if (stat.size() < 2) {
-        return;
+    if (stat.size() >= 2 && stat[1] != IngredientLinesFigure(stat[0], ingredients)) {
+        stat[1] = IngredientLinesFigure(stat[0], ingredients);
+        std::string text;
+        for (const long long number : stat) {
+            text += (text.empty() ? "" : " ") + std::to_string(number);
+        }
+        changed |= Run(db, "UPDATE sqlite_stat1 SET stat = '" + text + "' WHERE idx = '" +
+                               IngredientIndex + "'");
     }
-    const long long figure = IngredientLinesFigure(stat[0], ingredients);
-    if (stat[1] == figure) {
-        return;
-    }
-    stat[1] = figure;
-    std::string text;
-    for (const long long number : stat) {
-        text += (text.empty() ? "" : " ") + std::to_string(number);
-    }
-    if (Run(db, "UPDATE sqlite_stat1 SET stat = '" + text + "' WHERE idx = '" + IngredientIndex +
-                    "'")) {
+    if (changed) {
         Run(db, "ANALYZE sqlite_schema");  // the connection reads the statistics again
     }
 }

@@ -3,6 +3,8 @@
 #include <QChar>
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace SlovenianText {
@@ -94,22 +96,56 @@ inline char32_t NextFolded(std::string_view text, size_t& pos) {
     return Fold(NextCodePoint(text, pos));
 }
 
-// The ASCII characters that some other character folds to (the Kelvin sign to k, the long s to
-// s): a search for them must look at every non-ASCII character too.
-std::array<bool, 128> BuildAsciiFoldTargets() {
-    std::array<bool, 128> targets{};
-    for (char32_t cp = 0x80; cp < 0x10000; ++cp) {
+// Every character outside ASCII whose folded form differs from it, as (folded, character),
+// sorted: the characters that fold to a given one.
+std::vector<std::pair<char32_t, char32_t>> BuildFoldSources() {
+    std::vector<std::pair<char32_t, char32_t>> sources;
+    for (char32_t cp = 0x80; cp <= 0x10ffff; ++cp) {
         const char32_t folded = Fold(cp);
-        if (folded < 0x80) {
-            targets[folded] = true;
+        if (folded != cp) {
+            sources.emplace_back(folded, cp);
         }
     }
-    return targets;
+    std::sort(sources.begin(), sources.end());
+    return sources;
 }
 
-bool HasNonAsciiFolding(char32_t asciiFolded) {
-    static const std::array<bool, 128> targets = BuildAsciiFoldTargets();
-    return targets[asciiFolded];
+// The first byte of a character in UTF-8.
+unsigned char LeadByte(char32_t cp) {
+    return cp < 0x80      ? static_cast<unsigned char>(cp)
+           : cp < 0x800   ? static_cast<unsigned char>(0xc0 | (cp >> 6))
+           : cp < 0x10000 ? static_cast<unsigned char>(0xe0 | (cp >> 12))
+                          : static_cast<unsigned char>(0xf0 | (cp >> 18));
+}
+
+// The first position from `from` on of one of `count` (1 to 3) byte values, eight bytes at a
+// time: a byte equal to a value gives a zero byte in the word XOR the value repeated, and the
+// lowest zero byte of a word is found exactly.
+size_t FindBytes(std::string_view text, size_t from, const unsigned char* values, int count) {
+    constexpr uint64_t Ones = 0x0101010101010101ULL;
+    constexpr uint64_t Highs = 0x8080808080808080ULL;
+    const uint64_t first = Ones * values[0];
+    const uint64_t second = Ones * values[count > 1 ? 1 : 0];
+    const uint64_t third = Ones * values[count > 2 ? 2 : 0];
+    const auto zeroBytes = [](uint64_t word) { return (word - Ones) & ~word & Highs; };
+    size_t pos = from;
+    for (; pos + 8 <= text.size(); pos += 8) {
+        uint64_t word;
+        std::memcpy(&word, text.data() + pos, 8);
+        const uint64_t found =
+            zeroBytes(word ^ first) | zeroBytes(word ^ second) | zeroBytes(word ^ third);
+        if (found) {
+            return pos + static_cast<size_t>(__builtin_ctzll(found) / 8);
+        }
+    }
+    for (; pos < text.size(); ++pos) {
+        const unsigned char byte = static_cast<unsigned char>(text[pos]);
+        if (byte == values[0] || byte == values[count > 1 ? 1 : 0] ||
+            byte == values[count > 2 ? 2 : 0]) {
+            return pos;
+        }
+    }
+    return text.size();
 }
 
 }  // namespace
@@ -186,16 +222,59 @@ LikePattern::LikePattern(std::string_view pattern, char32_t escape) {
             m_tokens.push_back(c);
         }
     }
+    m_starts.resize(m_tokens.size());
+    for (size_t i = 1; i < m_tokens.size(); ++i) {
+        if (m_tokens[i - 1] == AnyRun && m_tokens[i] != AnyOne && m_tokens[i] != AnyRun) {
+            m_starts[i] = StartsOf(m_tokens[i]);
+        }
+    }
 }
 
-size_t LikePattern::Find(std::string_view text, size_t from, char32_t folded) const {
+LikePattern::Starts LikePattern::StartsOf(char32_t folded) {
+    static const std::vector<std::pair<char32_t, char32_t>> sources = BuildFoldSources();
+    std::vector<char32_t> characters{folded};
+    if (folded < 0x80 && folded >= 'a' && folded <= 'z') {
+        characters.push_back(folded - 32);
+    }
+    for (auto it = std::lower_bound(sources.begin(), sources.end(), std::make_pair(folded, char32_t(0)));
+         it != sources.end() && it->first == folded; ++it) {
+        characters.push_back(it->second);
+    }
+    Starts starts;
+    int count = 0;
+    const auto add = [&](unsigned char byte) {
+        if (std::find(starts.bytes, starts.bytes + std::min(count, 3), byte) ==
+            starts.bytes + std::min(count, 3)) {
+            if (count < 3) {
+                starts.bytes[count] = byte;
+            }
+            ++count;
+        }
+    };
+    for (const char32_t cp : characters) {
+        add(LeadByte(cp));
+        if (cp >= 0x80 && cp < 0x100) {
+            // a malformed byte stands for itself; one that is also a continuation byte would be
+            // found inside other characters
+            if (cp < 0xc0) {
+                return Starts();
+            }
+            add(static_cast<unsigned char>(cp));
+        }
+    }
+    starts.count = count <= 3 ? count : -1;
+    return starts;
+}
+
+size_t LikePattern::Find(std::string_view text, size_t from, size_t token) const {
+    const char32_t folded = m_tokens[token];
+    const Starts& starts = m_starts[token];
     const size_t size = text.size();
-    if (folded < 0x80 && !HasNonAsciiFolding(folded)) {
-        // Only the ASCII byte itself or its other case can be that character.
-        const bool letter = folded >= 'a' && folded <= 'z';
-        const unsigned char mask = letter ? 0x20 : 0;
-        for (size_t pos = from; pos < size; ++pos) {
-            if ((static_cast<unsigned char>(text[pos]) | mask) == folded) {
+    if (starts.count > 0) {
+        for (size_t pos = FindBytes(text, from, starts.bytes, starts.count); pos < size;
+             pos = FindBytes(text, pos + 1, starts.bytes, starts.count)) {
+            size_t next = pos;
+            if (NextFolded(text, next) == folded) {
                 return pos;
             }
         }
@@ -221,7 +300,7 @@ bool LikePattern::Matches(std::string_view text) const {
     size_t afterRun = None;  // the token after the last "%"
     size_t runEnd = 0;       // where the text after that "%" is tried
     const auto seek = [&](size_t from) {
-        return m_tokens[afterRun] == AnyOne ? from : Find(text, from, m_tokens[afterRun]);
+        return m_tokens[afterRun] == AnyOne ? from : Find(text, from, afterRun);
     };
     while (true) {
         if (pi < count && m_tokens[pi] == AnyRun) {

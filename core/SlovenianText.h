@@ -25,11 +25,19 @@ public:
     bool Matches(std::string_view text) const;
 
 private:
-    // The first position from `from` on where the text holds a character that folds to
-    // `folded`, or the text's size when there is none.
-    size_t Find(std::string_view text, size_t from, char32_t folded) const;
+    // The bytes that can begin a character folding to a given one, when there are at most
+    // three of them (count -1: too many, every character is decoded).
+    struct Starts {
+        unsigned char bytes[3] = {};
+        int count = -1;
+    };
+    static Starts StartsOf(char32_t folded);
+    // The first position from `from` on where the text holds the character of token `token`,
+    // or the text's size when there is none.
+    size_t Find(std::string_view text, size_t from, size_t token) const;
 
     std::vector<char32_t> m_tokens;  // folded characters, AnyRun and AnyOne
+    std::vector<Starts> m_starts;    // for each token
 };
 
 // SQL LIKE on UTF-8 texts, ignoring letter case (a LikePattern used once).
