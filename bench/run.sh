@@ -9,7 +9,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
-programs=("${@:-foundation mainwindow editor search copy}")
+programs=("${@:-foundation mainwindow editor search tree copy}")
 read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -40,6 +40,7 @@ for program in "${programs[@]}"; do
                         --program "$build/app/morvena" --sample "$build/share/Morvena.mdb" ;;
         editor) "$build/bench/bench_editor" --cache-dir "$cache" ;;
         search) "$build/bench/bench_search" --cache-dir "$cache" "${pg[@]}" ;;
+        tree) "$build/bench/bench_tree" --cache-dir "$cache" ;;
         copy) "$build/bench/bench_copy" --cache-dir "$cache" "${pg[@]}" ;;
         *) echo "run.sh: no benchmark named $program" >&2; exit 2 ;;
     esac

@@ -101,11 +101,27 @@ QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>&
     list->setHeaderHidden(std::all_of(headings.begin(), headings.end(),
                                       [](const QString& h) { return h.isEmpty(); }));
     list->header()->setStretchLastSection(false);
+    SetColumnWidths(list, widthsTwips);
+    return list;
+}
+
+QTreeView* NewReportView(QWidget* parent, const QString& name, QAbstractItemModel* model,
+                         const QList<int>& widthsTwips) {
+    auto* list = Named(new QTreeView(parent), name);
+    list->setModel(model);
+    list->setRootIsDecorated(false);
+    list->setItemsExpandable(false);
+    list->setUniformRowHeights(true);
+    list->header()->setStretchLastSection(false);
+    SetColumnWidths(list, widthsTwips);
+    return list;
+}
+
+void SetColumnWidths(QTreeView* list, const QList<int>& widthsTwips) {
     for (int i = 0; i < widthsTwips.size(); ++i) {
         list->setColumnWidth(i, Pixels(widthsTwips[i]));
         list->setColumnHidden(i, widthsTwips[i] == 0);
     }
-    return list;
 }
 
 void OnGotFocus(QWidget* box, std::function<void()> gotFocus) {

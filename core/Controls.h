@@ -8,6 +8,8 @@ class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
+class QAbstractItemModel;
+class QTreeView;
 class QTreeWidget;
 class QWidget;
 
@@ -25,6 +27,12 @@ QPushButton* NewButton(QWidget* parent, const QString& name, const QString& capt
 // A list view in report form: one column per width (twips), headings hidden when all are empty.
 QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>& widthsTwips,
                          const QStringList& headings = {});
+// A list view in report form over a model of rows (headings from the model), one column per
+// width (twips): for lists far too long for one item per row.
+QTreeView* NewReportView(QWidget* parent, const QString& name, QAbstractItemModel* model,
+                         const QList<int>& widthsTwips);
+// The columns' widths of a list view (twips); a width of 0 hides its column.
+void SetColumnWidths(QTreeView* list, const QList<int>& widthsTwips);
 
 // Runs `gotFocus` whenever the box receives the focus (not when its window is activated again);
 // the mouse press that gave the focus does not move the cursor, so a selection made by the

@@ -1,11 +1,15 @@
 #include "core/Recordset.h"
 
 #include <QRegularExpression>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <limits>
 
+#include <sqlite3.h>
+
 #include "core/AppError.h"
+#include "core/SqliteExtensions.h"
 #include "core/modDatabase.h"
 
 namespace {
@@ -26,6 +30,71 @@ QString Bracketed(const QString& name) { return QLatin1Char('[') + name + QLatin
 
 }  // namespace
 
+namespace {
+
+// The file database is read through SQLite's own interface: the same statement, the same
+// values, without a second copy of every row in the database library's buffers. The values are
+// those the library would give: integers as 64-bit numbers, texts as QString, NULL as a null text.
+QVariant SqliteValue(sqlite3_stmt* statement, int column) {
+    switch (sqlite3_column_type(statement, column)) {
+        case SQLITE_INTEGER:
+            return QVariant(static_cast<qlonglong>(sqlite3_column_int64(statement, column)));
+        case SQLITE_FLOAT:
+            return QVariant(sqlite3_column_double(statement, column));
+        case SQLITE_NULL:
+            return QVariant(QMetaType::fromType<QString>());
+        case SQLITE_BLOB:
+            return QVariant(
+                QByteArray(static_cast<const char*>(sqlite3_column_blob(statement, column)),
+                           sqlite3_column_bytes(statement, column)));
+        default:
+            return QVariant(QString::fromUtf8(
+                reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
+                sqlite3_column_bytes(statement, column)));
+    }
+}
+
+[[noreturn]] void RaiseSqliteError(const modDatabase::DbConnection& connection, sqlite3* db,
+                                   sqlite3_stmt* statement, const QString& description) {
+    const int code = sqlite3_extended_errcode(db);
+    sqlite3_finalize(statement);
+    modDatabase::RaiseDriverError(
+        connection,
+        QSqlError(QString(), description, QSqlError::StatementError, QString::number(code)));
+}
+
+void ReadSqliteRows(const modDatabase::DbConnection& connection, sqlite3* db, const QString& sql,
+                    QStringList& names, std::vector<QVariant>& values, size_t& rowCount) {
+    const QByteArray text = sql.toUtf8();
+    sqlite3_stmt* statement = nullptr;
+    const char* tail = nullptr;
+    if (sqlite3_prepare_v2(db, text.constData(), static_cast<int>(text.size()) + 1, &statement,
+                           &tail) != SQLITE_OK) {
+        RaiseSqliteError(connection, db, statement, QString::fromUtf8(sqlite3_errmsg(db)));
+    }
+    if (tail && !QByteArray(tail).trimmed().isEmpty()) {
+        RaiseSqliteError(connection, db, statement,
+                         QStringLiteral("Unable to execute multiple statements at a time"));
+    }
+    const int columns = statement ? sqlite3_column_count(statement) : 0;
+    for (int i = 0; i < columns; ++i) {
+        names << QString::fromUtf8(sqlite3_column_name(statement, i));
+    }
+    int result = SQLITE_DONE;
+    while (statement && (result = sqlite3_step(statement)) == SQLITE_ROW) {
+        for (int i = 0; i < columns; ++i) {
+            values.push_back(SqliteValue(statement, i));
+        }
+        ++rowCount;
+    }
+    if (result != SQLITE_DONE) {
+        RaiseSqliteError(connection, db, statement, QString::fromUtf8(sqlite3_errmsg(db)));
+    }
+    sqlite3_finalize(statement);
+}
+
+}  // namespace
+
 Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& connection,
                           const QString& sql) {
     if (!connection || connection->State() != modDatabase::adStateOpen) {
@@ -33,32 +102,38 @@ Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& conn
                                    ? connection->LastError()
                                    : QStringLiteral("The connection is closed."));
     }
-    QSqlQuery query(connection->Database());
-    query.setForwardOnly(true);
-    if (!query.exec(connection->Translate(sql))) {
-        modDatabase::RaiseDriverError(*connection, query.lastError());
-    }
     Recordset rs;
     rs.m_connection = connection;
     rs.m_table = UpdatableTable(sql);
-    const QSqlRecord record = query.record();
-    const int columns = record.count();
-    for (int i = 0; i < columns; ++i) {
-        rs.m_names << record.fieldName(i);
-    }
-    while (query.next()) {
-        QVector<QVariant> row(columns);
-        for (int i = 0; i < columns; ++i) {
-            row[i] = query.value(i);
+    const QSqlDatabase database = connection->Database();
+    if (sqlite3* db = connection->Kind() == modDatabase::FileDatabase
+                          ? SqliteExtensions::Handle(database)
+                          : nullptr) {
+        ReadSqliteRows(*connection, db, sql, rs.m_names, rs.m_values, rs.m_rowCount);
+    } else {
+        QSqlQuery query(database);
+        query.setForwardOnly(true);
+        if (!query.exec(connection->Translate(sql))) {
+            modDatabase::RaiseDriverError(*connection, query.lastError());
         }
-        rs.m_rows.push_back(std::move(row));
+        const QSqlRecord record = query.record();
+        const int columns = record.count();
+        for (int i = 0; i < columns; ++i) {
+            rs.m_names << record.fieldName(i);
+        }
+        while (query.next()) {
+            for (int i = 0; i < columns; ++i) {
+                rs.m_values.push_back(query.value(i));
+            }
+            ++rs.m_rowCount;
+        }
     }
-    rs.m_deleted.assign(rs.m_rows.size(), false);
-    rs.m_changed.fill(false, columns);
+    rs.m_deleted.assign(rs.m_rowCount, false);
+    rs.m_changed.fill(false, rs.FieldCount());
     return rs;
 }
 
-bool Recordset::Eof() const { return m_position >= m_rows.size(); }
+bool Recordset::Eof() const { return m_position >= m_rowCount; }
 
 void Recordset::MoveNext() {
     if (Eof()) {
@@ -73,23 +148,32 @@ int Recordset::RecordCount() const {
 }
 
 int Recordset::FieldIndex(const QString& name) const {
+    for (int k = 0; k < 4; ++k) {
+        if (!m_lookedUp[k].isNull() && m_lookedUp[k] == name) {
+            return m_lookedUpIndex[k];
+        }
+    }
     for (int i = 0; i < m_names.size(); ++i) {
         if (m_names[i].compare(name, Qt::CaseInsensitive) == 0) {
+            std::move_backward(m_lookedUp, m_lookedUp + 3, m_lookedUp + 4);
+            std::move_backward(m_lookedUpIndex, m_lookedUpIndex + 3, m_lookedUpIndex + 4);
+            m_lookedUp[0] = name;
+            m_lookedUpIndex[0] = i;
             return i;
         }
     }
     ErrorPath::Raise(3265, QStringLiteral("Item %1 not found in this collection.").arg(name));
 }
 
-const QVector<QVariant>& Recordset::CurrentRow() const {
+const QVariant* Recordset::CurrentRow() const {
     if (Eof() || m_deleted[m_position]) {
         NoCurrentRecord();
     }
-    return m_rows[m_position];
+    return m_values.data() + m_position * m_names.size();
 }
 
-QVector<QVariant>& Recordset::CurrentRow() {
-    return const_cast<QVector<QVariant>&>(std::as_const(*this).CurrentRow());
+QVariant* Recordset::CurrentRow() {
+    return const_cast<QVariant*>(std::as_const(*this).CurrentRow());
 }
 
 QVariant Recordset::Fields(const QString& name) const { return CurrentRow()[FieldIndex(name)]; }
@@ -138,9 +222,9 @@ void Recordset::SetField(const QString& name, const QVariant& value) {
 
 void Recordset::AddNew() {
     RequireUpdatable();
-    m_rows.emplace_back(FieldCount());
+    m_values.resize(m_values.size() + FieldCount());
     m_deleted.push_back(false);
-    m_position = m_rows.size() - 1;
+    m_position = m_rowCount++;
     m_changed.fill(false);
     m_adding = true;
 }
@@ -162,7 +246,7 @@ void Recordset::Update() {
 void Recordset::Insert() {
     QStringList columns;
     QStringList markers;
-    QVector<QVariant>& row = CurrentRow();
+    QVariant* row = CurrentRow();
     for (int i = 0; i < FieldCount(); ++i) {
         if (m_changed[i]) {
             columns << Bracketed(m_names[i]);
@@ -197,7 +281,7 @@ void Recordset::Insert() {
 
 void Recordset::WriteChanges() {
     QStringList assignments;
-    QVector<QVariant>& row = CurrentRow();
+    QVariant* row = CurrentRow();
     for (int i = 0; i < FieldCount(); ++i) {
         if (m_changed[i]) {
             assignments << Bracketed(m_names[i]) + QStringLiteral(" = ?");
@@ -236,7 +320,8 @@ void Recordset::Delete() {
 
 void Recordset::Close() {
     m_connection.reset();
-    m_rows.clear();
+    m_values.clear();
+    m_rowCount = 0;
     m_deleted.clear();
     m_position = 0;
     m_adding = false;

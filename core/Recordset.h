@@ -46,8 +46,9 @@ private:
     friend Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>&,
                                      const QString&);
     int FieldIndex(const QString& name) const;
-    QVector<QVariant>& CurrentRow();
-    const QVector<QVariant>& CurrentRow() const;
+    // The fields of the current row (FieldCount() values).
+    QVariant* CurrentRow();
+    const QVariant* CurrentRow() const;
     void Insert();
     void WriteChanges();
     void RequireUpdatable() const;
@@ -55,8 +56,13 @@ private:
     std::shared_ptr<modDatabase::DbConnection> m_connection;
     QString m_table;  // bracketed, empty when the result is not updatable
     QStringList m_names;
-    std::vector<QVector<QVariant>> m_rows;
+    // The rows one after the other, FieldCount() values each.
+    std::vector<QVariant> m_values;
+    size_t m_rowCount = 0;
     std::vector<bool> m_deleted;
+    // The last names looked up and their fields (callers read the same few names row by row).
+    mutable QString m_lookedUp[4];
+    mutable int m_lookedUpIndex[4] = {};
     QVector<bool> m_changed;
     bool m_adding = false;
     size_t m_position = 0;

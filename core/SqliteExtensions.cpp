@@ -2,6 +2,10 @@
 
 #include <sqlite3.h>
 
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QVariant>
+
 #include "core/SlovenianText.h"
 
 namespace SqliteExtensions {
@@ -34,9 +38,26 @@ void LikeFunction(sqlite3_context* context, int argc, sqlite3_value** argv) {
         }
         escape = static_cast<unsigned char>(escapeText[0]);
     }
-    const std::string_view pattern = TextArgument(argv[0]);
-    const std::string_view text = TextArgument(argv[1]);
-    sqlite3_result_int(context, SlovenianText::Like(pattern, text, escape) ? 1 : 0);
+    if (argc == 3) {
+        sqlite3_result_int(
+            context, SlovenianText::Like(TextArgument(argv[0]), TextArgument(argv[1]), escape));
+        return;
+    }
+    // The pattern is read once per statement and kept with it while it stays the same.
+    auto* pattern = static_cast<SlovenianText::LikePattern*>(sqlite3_get_auxdata(context, 0));
+    if (!pattern) {
+        pattern = new SlovenianText::LikePattern(TextArgument(argv[0]));
+        sqlite3_set_auxdata(context, 0, pattern, [](void* kept) {
+            delete static_cast<SlovenianText::LikePattern*>(kept);
+        });
+        pattern = static_cast<SlovenianText::LikePattern*>(sqlite3_get_auxdata(context, 0));
+        if (!pattern) {  // not kept (the pattern is not a constant): used for this row only
+            sqlite3_result_int(context,
+                               SlovenianText::Like(TextArgument(argv[0]), TextArgument(argv[1])));
+            return;
+        }
+    }
+    sqlite3_result_int(context, pattern->Matches(TextArgument(argv[1])) ? 1 : 0);
 }
 
 }  // namespace
@@ -48,6 +69,17 @@ void Register(sqlite3* db) {
                                nullptr);
     sqlite3_create_function_v2(db, "like", 3, flags, nullptr, LikeFunction, nullptr, nullptr,
                                nullptr);
+}
+
+sqlite3* Handle(const QSqlDatabase& db) {
+    if (!db.isValid() || !db.isOpen()) {
+        return nullptr;
+    }
+    const QVariant handle = db.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        return nullptr;
+    }
+    return *static_cast<sqlite3* const*>(handle.constData());
 }
 
 }  // namespace SqliteExtensions

@@ -2,9 +2,14 @@
 
 #include <QSqlQuery>
 #include <QStringList>
+#include <algorithm>
 #include <array>
+#include <vector>
 
 #include "core/AppError.h"
+#include "core/HomeCooking.h"
+#include "core/PlannerStatistics.h"
+#include "core/SqliteExtensions.h"
 #include "core/modDatabase.h"
 
 namespace SyntheticDatabase {
@@ -175,6 +180,166 @@ void GenerateRecipes(modDatabase::DbConnection& c, int count) {
     lines.Flush();
 }
 
+// Picks indexes with given weights: index i with weight[i] out of their sum.
+class WeightedPick {
+public:
+    explicit WeightedPick(const std::vector<unsigned>& weights) {
+        for (const unsigned weight : weights) {
+            m_total += weight;
+            m_bounds.push_back(m_total);
+        }
+    }
+    // Weights falling with the rank, as words are used: the first most, the last least.
+    static WeightedPick Ranked(size_t count) {
+        std::vector<unsigned> weights;
+        for (size_t i = 0; i < count; ++i) {
+            weights.push_back(static_cast<unsigned>(100000 / (i + 1)));
+        }
+        return WeightedPick(weights);
+    }
+    size_t Next(Sequence& random) const {
+        const unsigned value = random.Next(m_total);
+        return static_cast<size_t>(std::upper_bound(m_bounds.begin(), m_bounds.end(), value) -
+                                   m_bounds.begin());
+    }
+
+private:
+    std::vector<unsigned> m_bounds;
+    unsigned m_total = 0;
+};
+
+QString Word(const char* text) { return QString::fromUtf8(text); }
+
+template <class T>
+const T& AnyOf(const std::vector<T>& items, Sequence& random) {
+    return items[random.Next(static_cast<unsigned>(items.size()))];
+}
+
+// The lookup lists of a home-cooking collection; returns the first subgroup key of each group.
+std::vector<int> HomeCookingLookups(modDatabase::DbConnection& c) {
+    BulkInsert groups(c, QStringLiteral("INSERT INTO [Group] (groupID, name, description)"));
+    BulkInsert types(c, QStringLiteral("INSERT INTO [Type] (typeID, groupID, name, description)"));
+    std::vector<int> firstTypes;
+    int typeID = 0;
+    for (size_t g = 0; g < HomeCooking::Groups().size(); ++g) {
+        const HomeCooking::Group& group = HomeCooking::Groups()[g];
+        groups.Add({Number(g + 1), Quoted(Word(group.name)),
+                    g % 2 == 0 ? Quoted(Word(group.name) + QStringLiteral(" iz domače kuhinje."))
+                               : QStringLiteral("NULL")});
+        firstTypes.push_back(typeID + 1);
+        for (const char* type : group.types) {
+            types.Add(
+                {Number(++typeID), Number(g + 1), Quoted(Word(type)), QStringLiteral("NULL")});
+        }
+    }
+    groups.Flush();
+    types.Flush();
+    const auto list = [&](const char* table, const char* key,
+                          const std::vector<const char*>& names) {
+        BulkInsert rows(c, QStringLiteral("INSERT INTO [%1] (%2, name, description)")
+                               .arg(QLatin1String(table), QLatin1String(key)));
+        for (size_t i = 0; i < names.size(); ++i) {
+            rows.Add({Number(i + 1), Quoted(Word(names[i])), QStringLiteral("NULL")});
+        }
+        rows.Flush();
+    };
+    list("Source", "sourceID", HomeCooking::Sources());
+    list("Unit", "unitID", HomeCooking::Units());
+    list("Ingredient", "ingredientID", HomeCooking::Ingredients());
+    return firstTypes;
+}
+
+int IngredientKey(const char* name) {
+    const std::vector<const char*>& names = HomeCooking::Ingredients();
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (qstrcmp(names[i], name) == 0) {
+            return static_cast<int>(i + 1);
+        }
+    }
+    return 1;
+}
+
+void GenerateHomeCooking(modDatabase::DbConnection& c, int count) {
+    const std::vector<int> firstTypes = HomeCookingLookups(c);
+    Sequence random;
+    std::vector<unsigned> groupWeights;
+    std::vector<WeightedPick> typePicks;
+    std::vector<std::vector<int>> favourites;
+    for (const HomeCooking::Group& group : HomeCooking::Groups()) {
+        groupWeights.push_back(static_cast<unsigned>(group.weight));
+        typePicks.push_back(WeightedPick::Ranked(group.types.size()));
+        favourites.emplace_back();
+        for (const char* name : group.favourites) {
+            favourites.back().push_back(IngredientKey(name));
+        }
+    }
+    const WeightedPick groupPick(groupWeights);
+    const WeightedPick ingredientPick = WeightedPick::Ranked(HomeCooking::Ingredients().size());
+    const WeightedPick sourcePick = WeightedPick::Ranked(HomeCooking::Sources().size());
+    BulkInsert recipes(c,
+                       QStringLiteral("INSERT INTO [Recipe] (recipeID, typeID, sourceID, title)"));
+    BulkInsert sections(c,
+                        QStringLiteral("INSERT INTO [Section] (sectionID, title, instructions)"));
+    BulkInsert links(
+        c, QStringLiteral(
+               "INSERT INTO [RecipeSection] (recipeSectionID, recipeID, sectionID, place)"));
+    BulkInsert lines(c, QStringLiteral("INSERT INTO [SectionIngredient] (sectionIngredientID, "
+                                       "sectionID, ingredientID, unitID, amount)"));
+    long long sectionID = 0;
+    long long lineID = 0;
+    for (int recipeID = 1; recipeID <= count; ++recipeID) {
+        const size_t g = groupPick.Next(random);
+        const HomeCooking::Group& group = HomeCooking::Groups()[g];
+        const int typeID = firstTypes[g] + static_cast<int>(typePicks[g].Next(random));
+        const QString addition = Word(AnyOf(group.additions, random));
+        const QString title = Word(AnyOf(group.dishes, random)) +
+                              (addition.isEmpty() ? QString() : QLatin1Char(' ') + addition);
+        const bool hasSource = random.Next(10) < 7;
+        recipes.Add({Number(recipeID), Number(typeID),
+                     hasSource ? Number(sourcePick.Next(random) + 1) : QStringLiteral("NULL"),
+                     Quoted(title)});
+        const unsigned roll = random.Next(100);
+        const unsigned sectionCount = roll < 70 ? 1 : roll < 92 ? 2 : 3;
+        const unsigned firstTitle =
+            random.Next(static_cast<unsigned>(HomeCooking::SectionTitles().size()));
+        for (unsigned place = 1; place <= sectionCount; ++place) {
+            ++sectionID;
+            QStringList method;
+            const unsigned sentences =
+                1 + random.Next(3) + (random.Next(4) == 0 ? random.Next(9) : 0);
+            for (unsigned s = 0; s < sentences; ++s) {
+                method << Word(random.Next(2) == 0 ? AnyOf(group.steps, random)
+                                                   : AnyOf(HomeCooking::CommonSteps(), random));
+            }
+            const QString instructions =
+                random.Next(30) == 0 ? QStringLiteral(" ") : method.join(QStringLiteral("\r\n"));
+            const QString sectionTitle =
+                Word(HomeCooking::SectionTitles()[(firstTitle + place - 1) %
+                                                  HomeCooking::SectionTitles().size()]);
+            sections.Add({Number(sectionID),
+                          sectionCount == 1 ? QStringLiteral("NULL") : Quoted(sectionTitle),
+                          Quoted(instructions)});
+            links.Add({Number(sectionID), Number(recipeID), Number(sectionID), Number(place)});
+            const unsigned lineCount =
+                2 + random.Next(5) + (random.Next(3) == 0 ? random.Next(7) : 0);
+            for (unsigned l = 0; l < lineCount; ++l) {
+                const int ingredient = random.Next(100) < 45
+                                           ? AnyOf(favourites[g], random)
+                                           : static_cast<int>(ingredientPick.Next(random) + 1);
+                const unsigned unit =
+                    random.Next(static_cast<unsigned>(HomeCooking::Units().size()));
+                const unsigned amount = unit < 6 ? 10 * (1 + random.Next(50)) : 1 + random.Next(6);
+                lines.Add({Number(++lineID), Number(sectionID), Number(ingredient),
+                           Number(unit + 1), Number(amount)});
+            }
+        }
+    }
+    recipes.Flush();
+    sections.Flush();
+    links.Flush();
+    lines.Flush();
+}
+
 // Keys written explicitly leave the server's key sequences behind; move them past the rows.
 void AdvanceServerKeys(modDatabase::DbConnection& c) {
     const QStringList tables{"group",   "type",          "source",
@@ -190,13 +355,17 @@ void AdvanceServerKeys(modDatabase::DbConnection& c) {
 
 }  // namespace
 
-void Generate(modDatabase::DbConnection& connection, int recipes) {
+void Generate(modDatabase::DbConnection& connection, int recipes, Shape shape) {
     ErrorPath::PassOn("SyntheticDatabase:Generate", [&] {
         QSqlDatabase db = connection.Database();
         db.transaction();
         try {
-            GenerateLookups(connection);
-            GenerateRecipes(connection, recipes);
+            if (shape == Shape::Uniform) {
+                GenerateLookups(connection);
+                GenerateRecipes(connection, recipes);
+            } else {
+                GenerateHomeCooking(connection, recipes);
+            }
             if (connection.Kind() == modDatabase::ServerDatabase) {
                 AdvanceServerKeys(connection);
             }
@@ -206,6 +375,9 @@ void Generate(modDatabase::DbConnection& connection, int recipes) {
         }
         db.commit();
         Run(connection, QStringLiteral("ANALYZE"));  // the query planner's statistics
+        if (connection.Kind() == modDatabase::FileDatabase) {
+            PlannerStatistics::Keep(SqliteExtensions::Handle(db));
+        }
     });
 }
 

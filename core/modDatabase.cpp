@@ -11,6 +11,7 @@
 #include <QUrl>
 
 #include "core/AppError.h"
+#include "core/PlannerStatistics.h"
 #include "core/Schema.h"
 #include "core/SqlDialect.h"
 #include "core/SqliteExtensions.h"
@@ -112,6 +113,7 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
         QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=WAL"));
         QSqlQuery(db).exec(QStringLiteral("PRAGMA synchronous=FULL"));
         QSqlQuery(db).exec(QStringLiteral("PRAGMA cache_size=-65536"));
+        PlannerStatistics::Keep(SqliteHandle(db));
     }
 }
 

@@ -26,6 +26,7 @@
 #include "editor/frmNew.h"
 #include "lists/frmAddRecord.h"
 #include "lists/frmEditList.h"
+#include "main/TreeNode.h"
 #include "search/frmFind.h"
 #include "settings/frmSettings.h"
 
@@ -162,7 +163,6 @@ void frmMain::Form_Load() {
 void frmMain::RefreshTreeView() {
     ErrorPath::PassOn("frmMain:RefreshTreeView", [&] {
         using modDatabase::GetRecordset;
-        using modDatabase::NullToStr;
         SetMousePointer(UiServices::vbHourglass);
         m_selectingFromCode = true;
         tvRecipes->clear();
@@ -176,24 +176,22 @@ void frmMain::RefreshTreeView() {
         });
         Recordset groups = GetRecordset(QStringLiteral("SELECT * FROM [Group] ORDER BY name;"));
         for (; !groups.Eof(); groups.MoveNext()) {
-            const QString groupID = NullToStr(groups.Fields(QStringLiteral("groupID")));
-            QTreeWidgetItem* groupNode =
-                NewNode(QStringLiteral("G") + groupID, groups.Text(QStringLiteral("Name")), true);
+            const qint32 groupID = groups.Long(QStringLiteral("groupID"));
+            auto* groupNode = new TreeNode('G', groupID, groups.Text(QStringLiteral("Name")));
             groupNodes << groupNode;
-            Recordset types = GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
-                                           groupID + QStringLiteral(" ORDER BY name;"));
+            Recordset types =
+                GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
+                             QString::number(groupID) + QStringLiteral(" ORDER BY name;"));
             for (; !types.Eof(); types.MoveNext()) {
-                const QString typeID = NullToStr(types.Fields(QStringLiteral("typeID")));
-                QTreeWidgetItem* typeNode =
-                    NewNode(QStringLiteral("T") + typeID, types.Text(QStringLiteral("Name")), true);
+                const qint32 typeID = types.Long(QStringLiteral("typeID"));
+                auto* typeNode = new TreeNode('T', typeID, types.Text(QStringLiteral("Name")));
                 groupNode->addChild(typeNode);
                 Recordset recipes =
-                    GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") + typeID +
-                                 QStringLiteral(" ORDER BY title;"));
+                    GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") +
+                                 QString::number(typeID) + QStringLiteral(" ORDER BY title;"));
                 for (; !recipes.Eof(); recipes.MoveNext()) {
-                    typeNode->addChild(NewNode(
-                        QStringLiteral("R") + NullToStr(recipes.Fields(QStringLiteral("recipeID"))),
-                        recipes.Text(QStringLiteral("Title")), false));
+                    typeNode->addChild(new TreeNode('R', recipes.Long(QStringLiteral("recipeID")),
+                                                    recipes.Text(QStringLiteral("Title"))));
                 }
                 recipes.Close();
             }
@@ -214,20 +212,6 @@ void frmMain::RefreshTreeView() {
         EnableControls();
         SetMousePointer(UiServices::vbDefault);
     });
-}
-
-QTreeWidgetItem* frmMain::NewNode(const QString& key, const QString& text, bool bold) {
-    static const QFont boldFont = [] {
-        QFont font;
-        font.setBold(true);
-        return font;
-    }();
-    auto* node = new QTreeWidgetItem(QStringList{text});
-    node->setData(0, modGeneral::KeyRole, key);
-    if (bold) {
-        node->setFont(0, boldFont);
-    }
-    return node;
 }
 
 void frmMain::RefreshAndRestore(const QString& key) {

@@ -101,7 +101,6 @@ private:
     void EditList(qint32 mode);
     // Opens the record entry dialog for a group or a subgroup; returns lngLastID afterwards.
     qint32 EditRecord(qint32 mode, qint32 id, qint32 groupID);
-    static QTreeWidgetItem* NewNode(const QString& key, const QString& text, bool bold);
 
     QPointer<frmFind> m_find;
     QString m_address;

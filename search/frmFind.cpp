@@ -9,8 +9,10 @@
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QShortcut>
 #include <QSignalBlocker>
+#include <QTreeView>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -19,6 +21,7 @@
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "main/frmMain.h"
+#include "search/ResultsModel.h"
 
 namespace {
 
@@ -100,19 +103,16 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
 
     frmResults = new QGroupBox(QStringLiteral("Rezultati"), this);
     frmResults->setObjectName(QStringLiteral("frmResults"));
-    lstResults = NewListView(frmResults, QStringLiteral("lstResults"), {3770, 500, 2000, 2000},
-                             {QStringLiteral("Naslov recepta"), QStringLiteral("Št."),
-                              QStringLiteral("Skupina"), QStringLiteral("Podskupina")});
-    lstResults->setUniformRowHeights(true);
+    results = new ResultsModel({QStringLiteral("Naslov recepta"), QStringLiteral("Št."),
+                                QStringLiteral("Skupina"), QStringLiteral("Podskupina")},
+                               this);
+    lstResults =
+        NewReportView(frmResults, QStringLiteral("lstResults"), results, {3770, 500, 2000, 2000});
     lstResults->setAllColumnsShowFocus(true);
     lstResults->setSortingEnabled(false);
     lstResults->header()->setSortIndicatorShown(false);
     lstResults->header()->setSectionsClickable(true);
     lstResults->header()->setSectionsMovable(false);
-    lstResults->headerItem()->setTextAlignment(0, Qt::AlignLeft | Qt::AlignVCenter);
-    for (int column = 1; column < 4; ++column) {
-        lstResults->headerItem()->setTextAlignment(column, Qt::AlignHCenter | Qt::AlignVCenter);
-    }
     // Closes the window; not shown (Escape presses it).
     cmdCancel = NewButton(this, QStringLiteral("cmdCancel"), QStringLiteral("Command1"));
     cmdCancel->setAutoDefault(false);
@@ -388,28 +388,19 @@ void frmFind::cmdFind_Click() {
             criteria, static_cast<qint16>(cmbCondition->currentIndex()), sortColumn);
         lastQuery = query;
         Recordset rs = modDatabase::GetRecordset(query);
-        lstResults->clear();
-        // Entries are added in one go at the end, or up to the failing row on an error.
-        QList<QTreeWidgetItem*> entries;
-        entries.reserve(rs.RecordCount());
-        try {
-            for (; !rs.Eof(); rs.MoveNext()) {
-                // An entry exists once its title is read; a later field that fails leaves it.
-                auto* entry = new QTreeWidgetItem(QStringList{rs.Text(QStringLiteral("Title"))});
-                entries << entry;
-                entry->setTextAlignment(0, Qt::AlignLeft | Qt::AlignVCenter);
-                for (int column = 1; column < 4; ++column) {
-                    entry->setTextAlignment(column, Qt::AlignHCenter | Qt::AlignVCenter);
-                }
-                entry->setText(1, rs.Text(QStringLiteral("recipeID")));
-                entry->setText(2, rs.Text(QStringLiteral("groupName")));
-                entry->setText(3, rs.Text(QStringLiteral("TypeName")));
-            }
-        } catch (...) {
-            lstResults->addTopLevelItems(entries);
-            throw;
+        results->SetRows({});
+        // Entries are shown in one go at the end, or up to the failing row on an error.
+        std::vector<ResultsModel::Row> entries;
+        entries.reserve(static_cast<size_t>(rs.RecordCount()));
+        const auto show = qScopeGuard([&] { results->SetRows(std::move(entries)); });
+        for (; !rs.Eof(); rs.MoveNext()) {
+            // An entry exists once its title is read; a later field that fails leaves it.
+            entries.push_back({rs.Text(QStringLiteral("Title"))});
+            ResultsModel::Row& entry = entries.back();
+            entry[1] = rs.Text(QStringLiteral("recipeID"));
+            entry[2] = rs.Text(QStringLiteral("groupName"));
+            entry[3] = rs.Text(QStringLiteral("TypeName"));
         }
-        lstResults->addTopLevelItems(entries);
         rs.Close();
         unsetCursor();
     } catch (...) {
@@ -432,12 +423,13 @@ void frmFind::lstResults_ColumnClick(int column) {
 
 void frmFind::lstResults_DblClick() {
     ErrorPath::Handle("frmFind:lstResults_DblClick->", [&] {
-        const QTreeWidgetItem* entry = SelectedEntry(lstResults);
+        const QModelIndexList selected = lstResults->selectionModel()->selectedRows();
         frmMain* main = frmMain::Instance();
-        if (!entry || !main) {
+        if (selected.isEmpty() || !main) {
             return;
         }
-        modGeneral::SelectTreeViewItem(main->tvRecipes, QStringLiteral("R") + entry->text(1));
+        const QString key = results->At(selected.first().row())[1];
+        modGeneral::SelectTreeViewItem(main->tvRecipes, QStringLiteral("R") + key);
         main->tvRecipes_NodeClick();
     });
 }

@@ -12,7 +12,9 @@ class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QTreeView;
 class QTreeWidget;
+class ResultsModel;
 class QTreeWidgetItem;
 
 // The search window: six criteria, each with its own list of search values and match mode, an
@@ -74,7 +76,8 @@ private:
     QPushButton* cmdDelete = nullptr;
     QPushButton* cmdFind = nullptr;
     QGroupBox* frmResults = nullptr;
-    QTreeWidget* lstResults = nullptr;
+    QTreeView* lstResults = nullptr;
+    ResultsModel* results = nullptr;  // the rows lstResults shows
     QPushButton* cmdCancel = nullptr;
 
     // Per criterion (in the order of SearchQuery::Criterion): the stored values and match mode.

@@ -14,6 +14,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QTest>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include "core/AppError.h"
@@ -67,20 +68,31 @@ T* Control(QWidget* window, const char* name) {
 
 QTreeWidget* List(QWidget* window, const char* name) { return Control<QTreeWidget>(window, name); }
 
-QStringList Texts(const QTreeWidget* list, int column = 0) {
+// The result list shows a model of rows; the other lists hold one item per row. Both are read
+// through the view's model, row by row.
+QTreeView* Results(QWidget* window) { return Control<QTreeView>(window, "lstResults"); }
+int RowCount(const QTreeView* list) { return list->model()->rowCount(); }
+QString Text(const QTreeView* list, int row, int column, int role = Qt::DisplayRole) {
+    return list->model()->data(list->model()->index(row, column), role).toString();
+}
+int Alignment(const QTreeView* list, int row, int column) {
+    return list->model()->data(list->model()->index(row, column), Qt::TextAlignmentRole).toInt();
+}
+
+QStringList Texts(const QTreeView* list, int column = 0) {
     QStringList texts;
-    for (int i = 0; i < list->topLevelItemCount(); ++i) {
-        texts << list->topLevelItem(i)->text(column);
+    for (int i = 0; i < RowCount(list); ++i) {
+        texts << Text(list, i, column);
     }
     return texts;
 }
 
-QStringList Rows(const QTreeWidget* list) {
+QStringList Rows(const QTreeView* list) {
     QStringList rows;
-    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+    for (int i = 0; i < RowCount(list); ++i) {
         QStringList fields;
-        for (int c = 0; c < list->columnCount(); ++c) {
-            fields << list->topLevelItem(i)->text(c);
+        for (int c = 0; c < list->model()->columnCount(); ++c) {
+            fields << Text(list, i, c);
         }
         rows << fields.join(QLatin1Char('|'));
     }
@@ -90,20 +102,20 @@ QStringList Rows(const QTreeWidget* list) {
 QString Key(const QTreeWidgetItem* item) { return modGeneral::ItemKey(item); }
 
 // Mouse actions on a list's entry or on an empty place below the entries.
-QPoint EntryPoint(QTreeWidget* list, int row) {
-    return list->visualItemRect(list->topLevelItem(row)).center();
+QPoint EntryPoint(QTreeView* list, int row) {
+    return list->visualRect(list->model()->index(row, 0)).center();
 }
-QPoint EmptyPoint(QTreeWidget* list) { return QPoint(10, list->viewport()->height() - 5); }
-void Click(QTreeWidget* list, const QPoint& point) {
+QPoint EmptyPoint(QTreeView* list) { return QPoint(10, list->viewport()->height() - 5); }
+void Click(QTreeView* list, const QPoint& point) {
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, point);
 }
 // As the system delivers it: press and release, then the second press as a double click.
-void DoubleClick(QTreeWidget* list, const QPoint& point) {
+void DoubleClick(QTreeView* list, const QPoint& point) {
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, point);
     QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, point);
     QTest::mouseRelease(list->viewport(), Qt::LeftButton, {}, point);
 }
-void ClickHeading(QTreeWidget* list, int column) {
+void ClickHeading(QTreeView* list, int column) {
     QHeaderView* header = list->header();
     QTest::mouseClick(
         header->viewport(), Qt::LeftButton, {},
@@ -295,21 +307,22 @@ private Q_SLOTS:
             QCOMPARE(list->columnCount(), 1);
             QCOMPARE(list->columnWidth(0), 3900 / 15);
         }
-        QTreeWidget* results = List(w, "lstResults");
-        QCOMPARE(results->columnCount(), 4);
+        QTreeView* results = Results(w);
         QVERIFY(!results->isHeaderHidden());
         QVERIFY(!results->isSortingEnabled());
         QVERIFY(results->header()->sectionsClickable());
         const QStringList headings{"Naslov recepta", "Št.", "Skupina", "Podskupina"};
         const QList<int> widths{3770, 500, 2000, 2000};
+        QCOMPARE(results->model()->columnCount(), 4);
         for (int c = 0; c < 4; ++c) {
-            QCOMPARE(results->headerItem()->text(c), headings[c]);
+            QCOMPARE(results->model()->headerData(c, Qt::Horizontal).toString(), headings[c]);
             QCOMPARE(results->columnWidth(c), widths[c] / 15);
             const int alignment =
-                results->headerItem()->textAlignment(c) & Qt::AlignHorizontal_Mask;
+                results->model()->headerData(c, Qt::Horizontal, Qt::TextAlignmentRole).toInt() &
+                Qt::AlignHorizontal_Mask;
             QCOMPARE(alignment, c == 0 ? int(Qt::AlignLeft) : int(Qt::AlignHCenter));
         }
-        QCOMPARE(results->topLevelItemCount(), 0);
+        QCOMPARE(RowCount(results), 0);
     }
 
     void sixCriteriaWithKeysAndTexts() {
@@ -463,12 +476,12 @@ private Q_SLOTS:
         QCOMPARE(Texts(selected).last(), QStringLiteral("OBrien"));
         // The empty value counts in the search: every recipe has a title.
         Find(w);
-        QCOMPARE(Rows(List(w, "lstResults")), QStringList());
+        QCOMPARE(Rows(Results(w)), QStringList());
         while (selected->topLevelItemCount() > 1) {
             delete selected->topLevelItem(1);
         }
         Find(w);
-        QCOMPARE(Rows(List(w, "lstResults")), (QStringList{R3, R1, R2}));
+        QCOMPARE(Rows(Results(w)), (QStringList{R3, R1, R2}));
         QVERIFY(w->LastQuery().contains(QStringLiteral(" WHERE (([title] LIKE '%%')) ORDER")));
     }
 
@@ -589,14 +602,14 @@ private Q_SLOTS:
 
     void searchRunsOnlyOnRequest() {
         frmFind* w = Open(TestDatabase::Sqlite);
-        QTreeWidget* results = List(w, "lstResults");
+        QTreeView* results = Results(w);
         Choose(w, SearchQuery::RecipeTitle);
         AddValue(w, QStringLiteral("juha"));
         Choose(w, SearchQuery::Ingredient);
         Control<QComboBox>(w, "cmbCondition")->setCurrentIndex(1);
         Control<QLineEdit>(w, "txtFilter")->setText(QStringLiteral("mo"));
         DoubleClick(List(w, "lstAvailable"), EntryPoint(List(w, "lstAvailable"), 0));
-        QCOMPARE(results->topLevelItemCount(), 0);
+        QCOMPARE(RowCount(results), 0);
         QCOMPARE(w->LastQuery(), QString());
         Find(w);
         QCOMPARE(Rows(results), (QStringList{R3, R1, R2}));
@@ -611,16 +624,16 @@ private Q_SLOTS:
     void resultColumnsAndAlignment() {
         QFETCH(QString, kind);
         frmFind* w = Open(kind);
-        QTreeWidget* results = List(w, "lstResults");
+        QTreeView* results = Results(w);
         Find(w);
         QCOMPARE(w->LastQuery(),
                  SearchQuery::BaseQuery() + QStringLiteral(" ORDER BY [title] ASC;"));
         QCOMPARE(Rows(results), (QStringList{R3, R1, R2}));
-        for (int i = 0; i < results->topLevelItemCount(); ++i) {
-            const QTreeWidgetItem* entry = results->topLevelItem(i);
-            QCOMPARE(entry->textAlignment(0) & Qt::AlignHorizontal_Mask, int(Qt::AlignLeft));
+        for (int i = 0; i < RowCount(results); ++i) {
+            QCOMPARE(Alignment(results, i, 0) & Qt::AlignHorizontal_Mask, int(Qt::AlignLeft));
             for (int c = 1; c < 4; ++c) {
-                QCOMPARE(entry->textAlignment(c) & Qt::AlignHorizontal_Mask, int(Qt::AlignHCenter));
+                QCOMPARE(Alignment(results, i, c) & Qt::AlignHorizontal_Mask,
+                         int(Qt::AlignHCenter));
             }
         }
         QCOMPARE(w->cursor().shape(), Qt::ArrowCursor);
@@ -654,9 +667,9 @@ private Q_SLOTS:
         Compose(w, s.entries, s.overall);
         Find(w);
         for (const int column : s.headingClicks) {
-            ClickHeading(List(w, "lstResults"), column);
+            ClickHeading(Results(w), column);
         }
-        QCOMPARE(Rows(List(w, "lstResults")), s.expected);
+        QCOMPARE(Rows(Results(w)), s.expected);
         QCOMPARE(m_messages->Texts(), QStringList());
         QVERIFY(!QFile::exists(LogName));
     }
@@ -669,17 +682,17 @@ private Q_SLOTS:
                 0);
         Find(w);
         QCOMPARE(w->LastQuery(), WorkedExample);
-        QCOMPARE(Rows(List(w, "lstResults")), QStringList{R2});
+        QCOMPARE(Rows(Results(w)), QStringList{R2});
     }
 
     void noMatchEmptiesTheList() {
         frmFind* w = Open(TestDatabase::Sqlite);
         Find(w);
-        QCOMPARE(List(w, "lstResults")->topLevelItemCount(), 3);
+        QCOMPARE(RowCount(Results(w)), 3);
         Choose(w, SearchQuery::RecipeTitle);
         AddValue(w, QStringLiteral("pica"));
         Find(w);
-        QCOMPARE(List(w, "lstResults")->topLevelItemCount(), 0);
+        QCOMPARE(RowCount(Results(w)), 0);
         QCOMPARE(m_messages->Texts(), QStringList());
     }
 
@@ -687,7 +700,7 @@ private Q_SLOTS:
         frmFind* w = Open(TestDatabase::Sqlite, false);
         QCOMPARE(Texts(List(w, "lstAvailable")), QStringList());
         Find(w);
-        QCOMPARE(List(w, "lstResults")->topLevelItemCount(), 0);
+        QCOMPARE(RowCount(Results(w)), 0);
         QCOMPARE(m_messages->Texts(), QStringList());
     }
 
@@ -701,11 +714,11 @@ private Q_SLOTS:
         TestDatabase::Insert("Recipe", {{"typeID", orphanType}, {"title", "Sirota brez skupine"}});
         frmFind* w = OpenWindow();
         Find(w);
-        QCOMPARE(Rows(List(w, "lstResults")), (QStringList{R3, R1, R2}));
+        QCOMPARE(Rows(Results(w)), (QStringList{R3, R1, R2}));
         Choose(w, SearchQuery::RecipeTitle);
         AddValue(w, QStringLiteral("Sirota"));
         Find(w);
-        QCOMPARE(Rows(List(w, "lstResults")), QStringList());
+        QCOMPARE(Rows(Results(w)), QStringList());
         // ... while its title is still offered.
         Control<QLineEdit>(w, "txtFilter")->setText(QStringLiteral("Sirota"));
         QCOMPARE(Texts(List(w, "lstAvailable")),
@@ -716,7 +729,7 @@ private Q_SLOTS:
     void headingClicksChangeTheOrderAndSearchAgain() {
         QFETCH(QString, kind);
         frmFind* w = Open(kind);
-        QTreeWidget* results = List(w, "lstResults");
+        QTreeView* results = Results(w);
         // The first click, before any search, searches too: titles descending.
         ClickHeading(results, 0);
         QCOMPARE(w->SortColumn(), qint16(-1));
@@ -772,7 +785,7 @@ private Q_SLOTS:
         TestDatabase::LoadSmallCollection();
         TestDatabase::Insert("Ingredient", {{"name", "Jamie's sol"}});
         frmFind* w = OpenWindow();
-        QTreeWidget* results = List(w, "lstResults");
+        QTreeView* results = Results(w);
         Find(w);
         QCOMPARE(Rows(results), (QStringList{R3, R1, R2}));
         // A value from the database with an apostrophe in it.
@@ -830,7 +843,7 @@ private Q_SLOTS:
         Find(w);
         QVERIFY(w->LastQuery().contains(QStringLiteral("'%juhe%'))(([Type]")));
         QCOMPARE(m_messages->Texts(), QStringList{ErrorPath::UnexpectedErrorMessage});
-        QCOMPARE(Rows(List(w, "lstResults")), (QStringList{R3, R1, R2}));
+        QCOMPARE(Rows(Results(w)), (QStringList{R3, R1, R2}));
         QVERIFY(
             Log().contains(QStringLiteral("frmFind:cmdFind_Click->modDatabase:GetRecordset->")));
     }
@@ -850,7 +863,7 @@ private Q_SLOTS:
             Log().contains(QStringLiteral(
                 "\r\n\r\nfrmFind:cmdFind_Click->frmFind:StoreSelected->Morvena->Overflow\r\n")),
             qPrintable(Log()));
-        QCOMPARE(List(w, "lstResults")->topLevelItemCount(), 0);
+        QCOMPARE(RowCount(Results(w)), 0);
         // 32767 values are stored (the query may still be too large for the database).
         delete selected->topLevelItem(0);
         Find(w);
@@ -867,7 +880,7 @@ private Q_SLOTS:
         frmMain main;
         QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("G1"));
         frmFind* w = OpenWindow();
-        QTreeWidget* results = List(w, "lstResults");
+        QTreeView* results = Results(w);
         Find(w);
         // Nothing selected: a double click on empty space does nothing.
         const QByteArray groupPage = FileBytes(modGeneral::TempFilename);
@@ -897,7 +910,7 @@ private Q_SLOTS:
         QVERIFY(!frmMain::Instance());
         frmFind* w = Open(TestDatabase::Sqlite);
         Find(w);
-        DoubleClick(List(w, "lstResults"), EntryPoint(List(w, "lstResults"), 0));
+        DoubleClick(Results(w), EntryPoint(Results(w), 0));
         QCOMPARE(m_messages->Texts(), QStringList());
         QVERIFY(!QFile::exists(LogName));
     }
@@ -918,7 +931,7 @@ private Q_SLOTS:
         QCOMPARE(Control<QComboBox>(w, "cmbField")->currentIndex(), 0);
         QCOMPARE(Control<QComboBox>(w, "cmbCondition")->currentIndex(), 0);
         QCOMPARE(Control<QLineEdit>(w, "txtFilter")->text(), QString());
-        QCOMPARE(List(w, "lstResults")->topLevelItemCount(), 0);
+        QCOMPARE(RowCount(Results(w)), 0);
         Choose(w, SearchQuery::Ingredient);
         QCOMPARE(Texts(List(w, "lstSelected")), QStringList());
         // Escape and the close box close it too.
@@ -975,8 +988,8 @@ private Q_SLOTS:
                  {SearchQuery::Instructions, {"x"}, 0},
                  {SearchQuery::RecipeTitle, {"č"}, 1}},
                 1);
-        ClickHeading(List(w, "lstResults"), 2);
-        ClickHeading(List(w, "lstResults"), 2);
+        ClickHeading(Results(w), 2);
+        ClickHeading(Results(w), 2);
         const auto other =
             Tool({"search", "--any-criterion", "--Type", "a", "--any", "Type", "--Type", "b",
                   "--SectionTitle", "", "--Instructions", "x", "--RecipeTitle", "č", "--any",

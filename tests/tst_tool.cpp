@@ -203,22 +203,71 @@ private Q_SLOTS:
         QFile::remove(store);
     }
 
+    void generateIsDeterministic_data() {
+        QTest::addColumn<QStringList>("shape");
+        QTest::addColumn<QString>("types");
+        QTest::newRow("home cooking") << QStringList() << QStringLiteral("54");
+        QTest::newRow("uniform") << QStringList{"--shape", "uniform"} << QStringLiteral("100");
+    }
     void generateIsDeterministic() {
-        QCOMPARE(Tool({"generate", Work("g1.db"), "--recipes", "300"}).exitCode, 0);
-        QCOMPARE(Tool({"generate", Work("g2.db"), "--recipes", "300"}).exitCode, 0);
+        QFETCH(QStringList, shape);
+        QFETCH(QString, types);
+        QCOMPARE(Tool(QStringList{"generate", Work("g1.db"), "--recipes", "300"} + shape).exitCode,
+                 0);
+        QCOMPARE(Tool(QStringList{"generate", Work("g2.db"), "--recipes", "300"} + shape).exitCode,
+                 0);
         QStringList dumps;
         for (const char* name : {"g1.db", "g2.db"}) {
             TestDatabase::UseSettingsFor(TestDatabase::Sqlite, Work(name));
             modDatabase::OpenConnection();
             using TestDatabase::Rows;
             QCOMPARE(Rows("SELECT COUNT(*) FROM [Recipe];"), QStringList{"300"});
-            QCOMPARE(Rows("SELECT COUNT(*) FROM [Type];"), QStringList{"100"});
+            QCOMPARE(Rows("SELECT COUNT(*) FROM [Type];"), QStringList{types});
             dumps << (Rows("SELECT * FROM [Recipe] ORDER BY recipeID;") +
+                      Rows("SELECT * FROM [Section] ORDER BY sectionID;") +
                       Rows("SELECT * FROM [SectionIngredient] ORDER BY sectionIngredientID;"))
                          .join(QLatin1Char('\n'));
             modDatabase::Connection.reset();
         }
         QCOMPARE(dumps[0], dumps[1]);
+        QFile::remove(Work("g1.db"));
+        QFile::remove(Work("g2.db"));
+    }
+
+    void generatedHomeCookingAnswersTheWorkedExample() {
+        QCOMPARE(Tool({"generate", Work("home.db"), "--recipes", "2000"}).exitCode, 0);
+        // Skupina juhe; Sestavine korenje ali krompir
+        const Result found =
+            Tool({"search", "--Group", "juhe", "--Ingredient", "korenje", "--Ingredient", "krompir",
+                  "--any", "Ingredient", "--database", Work("home.db")});
+        QCOMPARE(found.exitCode, 0);
+        const QStringList rows = found.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QVERIFY2(rows.size() > 20, qPrintable(found.out));
+        for (const QString& row : rows) {
+            QCOMPARE(row.section(QLatin1Char('\t'), 2, 2), QStringLiteral("Juhe"));
+        }
+        // a big subgroup and a small one, the ingredients reused with a long tail
+        TestDatabase::UseSettingsFor(TestDatabase::Sqlite, Work("home.db"));
+        modDatabase::OpenConnection();
+        using TestDatabase::Rows;
+        const QStringList perType =
+            Rows("SELECT COUNT(*) FROM [Recipe] GROUP BY typeID ORDER BY COUNT(*) DESC;");
+        QVERIFY2(perType.first().toInt() >= 100 && perType.last().toInt() < 20,
+                 qPrintable(perType.join(QLatin1Char(' '))));
+        const QStringList perIngredient = Rows(
+            "SELECT COUNT(*) FROM [SectionIngredient] GROUP BY ingredientID ORDER BY COUNT(*) "
+            "DESC;");
+        QVERIFY2(perIngredient.first().toInt() > 50 * perIngredient.last().toInt(),
+                 qPrintable(perIngredient.join(QLatin1Char(' '))));
+        modDatabase::Connection.reset();
+    }
+
+    void generateKnowsOnlyTheUniformShape() {
+        const Result result = Tool({"generate", Work("bad.db"), "--recipes", "5", "--shape", "x"});
+        QCOMPARE(result.exitCode, 2);
+        QCOMPARE(result.err,
+                 QStringLiteral("--shape pozna le vrednost uniform. (morvena-tool --help)\n"));
+        QVERIFY(!QFile::exists(Work("bad.db")));
     }
 
     void generateOnTheServerKeepsKeysAssignable() {

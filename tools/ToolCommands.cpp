@@ -33,9 +33,11 @@ const char* const HelpText =
     "  page R|T|G ŠTEVILKA [--output DATOTEKA] [--database ZBIRKA]\n"
     "      Zapiše stran recepta (R), podskupine (T) ali skupine (G) natanko tako, kot jo program\n"
     "      zapiše v začasno datoteko. Privzeto uporabi zbirko in začasno datoteko iz nastavitev.\n"
-    "  generate DATOTEKA --recipes N\n"
+    "  generate DATOTEKA --recipes N [--shape uniform]\n"
     "  generate --server STREŽNIK --database ZBIRKA [--user IME] [--password GESLO] --recipes N\n"
-    "      Ustvari umetno zbirko z N recepti za merjenje hitrosti (vedno enako za isti N).\n"
+    "           [--shape uniform]\n"
+    "      Ustvari umetno zbirko z N recepti za merjenje hitrosti (vedno enako za iste možnosti):\n"
+    "      slovenska domača kuhinja; z --shape uniform enakomerno razporejeni izmišljeni recepti.\n"
     "      Tudi tu lahko --database poda naslov URI namesto --server in ostalih.\n"
     "  search [--Group V] [--Type V] [--RecipeTitle V] [--SectionTitle V] [--Ingredient V]\n"
     "         [--Instructions V] [--any KLJUČ] [--any-criterion] [--sort N] [--sql]\n"
@@ -197,7 +199,8 @@ int CreateDatabase(const QStringList& arguments, QTextStream& out, QTextStream& 
 
 int Generate(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     QString problem;
-    const auto args = Parse(arguments, DatabaseOptions + QStringList{"--recipes"}, problem);
+    const auto args =
+        Parse(arguments, DatabaseOptions + QStringList{"--recipes", "--shape"}, problem);
     if (!args) {
         return Usage(err, problem);
     }
@@ -211,6 +214,10 @@ int Generate(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         return Usage(err,
                      QStringLiteral("generate potrebuje datoteko ali --server in --database."));
     }
+    const QString shape = args->options.value(QStringLiteral("--shape"));
+    if (args->options.contains(QStringLiteral("--shape")) && shape != QLatin1String("uniform")) {
+        return Usage(err, QStringLiteral("--shape pozna le vrednost uniform."));
+    }
     auto connection = EmptyDatabase(*args, problem);
     if (!connection) {
         return Usage(err, problem);
@@ -221,7 +228,9 @@ int Generate(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     }
     try {
         Schema::Create(*connection);
-        SyntheticDatabase::Generate(*connection, recipes);
+        SyntheticDatabase::Generate(*connection, recipes,
+                                    shape.isEmpty() ? SyntheticDatabase::Shape::HomeCooking
+                                                    : SyntheticDatabase::Shape::Uniform);
     } catch (...) {
         return Failure(err, ErrorText());
     }

@@ -47,7 +47,8 @@ QString ErrorText() {
 
 // Creates a database the way morvena-tool's generate does; returns the seconds it took, or a
 // negative number after printing why it failed.
-double GenerateInto(int kind, const QString& server, const QString& database, int recipes) {
+double GenerateInto(int kind, const QString& server, const QString& database, int recipes,
+                    SyntheticDatabase::Shape shape) {
     const auto start = Clock::now();
     auto connection = std::make_shared<modDatabase::DbConnection>(
         kind, modDatabase::BuildConnectionString(
@@ -60,7 +61,7 @@ double GenerateInto(int kind, const QString& server, const QString& database, in
     }
     try {
         Schema::Create(*connection);
-        SyntheticDatabase::Generate(*connection, recipes);
+        SyntheticDatabase::Generate(*connection, recipes, shape);
     } catch (...) {
         Print(QStringLiteral("  generating %1 failed: %2").arg(database, ErrorText()));
         return -1.0;
@@ -78,15 +79,29 @@ void RemoveSqliteFiles(const QString& fileName) {
 
 // The SQLite file with the given number of recipes: reused from the cache folder when there,
 // otherwise generated (into the cache folder when one is given). Empty on failure.
-QString SqliteDatabase(const QString& folder, bool cached, int recipes) {
-    const QString fileName = folder + QStringLiteral("/bench_%1.sqlite").arg(recipes);
+QString ShapeName(SyntheticDatabase::Shape shape) {
+    return shape == SyntheticDatabase::Shape::Uniform ? QStringLiteral("uniform")
+                                                      : QStringLiteral("home");
+}
+
+QString SqliteDatabase(const QString& folder, bool cached, int recipes,
+                       SyntheticDatabase::Shape shape) {
+    // The name tells the shape and the schema's indexes, so a file from before is not reused.
+    const QString fileName =
+        folder + QStringLiteral("/bench_%1_%2_%3.sqlite")
+                     .arg(ShapeName(shape))
+                     .arg(recipes)
+                     .arg(QString::number(qHash(Schema::Statements(modDatabase::FileDatabase)
+                                                    .join(QLatin1Char(';'))),
+                                          16));
     if (cached && QFileInfo::exists(fileName)) {
         Print(QStringLiteral("sqlite  %1 recipes  reusing %2").arg(recipes).arg(fileName));
         return fileName;
     }
     const QString partial = fileName + QStringLiteral(".part");
     RemoveSqliteFiles(partial);
-    const double seconds = GenerateInto(modDatabase::FileDatabase, QString(), partial, recipes);
+    const double seconds =
+        GenerateInto(modDatabase::FileDatabase, QString(), partial, recipes, shape);
     if (seconds < 0) {
         RemoveSqliteFiles(partial);
         return QString();

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <vector>
 
+#include "core/SyntheticDatabase.h"
+
 // What the benchmark programs share: timing, printing, and the generated databases they
 // measure on (SQLite files kept in a cache folder, databases on a private PostgreSQL server).
 namespace Bench {
@@ -24,10 +26,14 @@ QString LoadAverage();
 
 // Creates and fills a generated database like morvena-tool's generate; returns the seconds it
 // took, or a negative number after printing why it failed.
-double GenerateInto(int kind, const QString& server, const QString& database, int recipes);
+double GenerateInto(int kind, const QString& server, const QString& database, int recipes,
+                    SyntheticDatabase::Shape shape = SyntheticDatabase::Shape::Uniform);
 void RemoveSqliteFiles(const QString& fileName);
 // The generated SQLite file with `recipes` recipes in `folder`, reused when `cached` and there.
-QString SqliteDatabase(const QString& folder, bool cached, int recipes);
+QString SqliteDatabase(const QString& folder, bool cached, int recipes,
+                       SyntheticDatabase::Shape shape = SyntheticDatabase::Shape::Uniform);
+// "uniform" or "home" (home cooking).
+QString ShapeName(SyntheticDatabase::Shape shape);
 // Opens the program's shared connection on a database of the kind.
 bool OpenShared(int kind, const QString& server, const QString& database);
 // Creates an empty database on the server (dropping one of the same name).

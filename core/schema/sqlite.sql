@@ -1,7 +1,9 @@
 -- Morvena recipe database, file kind (SQLite).
 -- Names and titles use the NOCASE collation: the program replaces it on its own connections
 -- with a Slovenian, case-blind one; any other reader (the sqlite3 shell) gets SQLite's own.
--- Keys are assigned by the database and never reused.
+-- Keys are assigned by the database and never reused. The searches by ingredient and by method
+-- text go from the matching rows to their recipes: ingredient -> lines (ingredientID, sectionID)
+-- -> recipes (sectionID, recipeID), each index answering without the table.
 
 CREATE TABLE [Group] (
     groupID INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -66,7 +68,7 @@ CREATE INDEX TypeGroup ON [Type] (groupID);
 CREATE INDEX RecipeType ON [Recipe] (typeID);
 CREATE INDEX RecipeSource ON [Recipe] (sourceID);
 CREATE INDEX RecipeSectionRecipe ON [RecipeSection] (recipeID, place, sectionID);
-CREATE INDEX RecipeSectionSection ON [RecipeSection] (sectionID);
+CREATE INDEX RecipeSectionSection ON [RecipeSection] (sectionID, recipeID);
 CREATE INDEX SectionIngredientSection ON [SectionIngredient] (sectionID, sectionIngredientID, ingredientID);
-CREATE INDEX SectionIngredientIngredient ON [SectionIngredient] (ingredientID);
+CREATE INDEX SectionIngredientIngredient ON [SectionIngredient] (ingredientID, sectionID);
 CREATE INDEX SectionIngredientUnit ON [SectionIngredient] (unitID);
