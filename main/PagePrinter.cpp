@@ -20,6 +20,7 @@
 #include "core/UiServices.h"
 #include "core/Windows1250.h"
 #include "core/modRegistry.h"
+#include "display/PageDocument.h"
 
 namespace PagePrinter {
 
@@ -225,7 +226,7 @@ bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent) {
         QTextDocument document;
         document.documentLayout()->setPaintDevice(&layoutDevice);
         document.setUseDesignMetrics(true);
-        document.setHtml(html);
+        PageDocument::Build(document, html);
 
         PageFacts facts;
         facts.title = document.metaInformation(QTextDocument::DocumentTitle);
@@ -265,6 +266,7 @@ bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent) {
         const qreal scaleY = dpiY / LayoutDotsPerInch;
         const QSizeF pageSize(body.width() / scaleX, body.height() / scaleY);
         document.setPageSize(pageSize);
+        PageDocument::FitWidth(document, pageSize.width());
         SplitBlocksAtPageEnds(document);
         facts.pageCount = document.pageCount();
 

@@ -18,10 +18,10 @@
 #include "about/frmAbout.h"
 #include "core/AppError.h"
 #include "core/UiServices.h"
-#include "core/Windows1250.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "core/modRegistry.h"
+#include "display/PageView.h"
 #include "display/modDisplay.h"
 #include "editor/frmNew.h"
 #include "lists/frmAddRecord.h"
@@ -266,9 +266,7 @@ void frmMain::Navigate(const QString& address) {
         webDisplay->clear();
         return;
     }
-    QFile page(address);
-    webDisplay->setHtml(page.open(QIODevice::ReadOnly) ? Windows1250::Decode(page.readAll())
-                                                       : QString());
+    PageView::Show(webDisplay, address);
 }
 
 QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->currentItem()); }
