@@ -10,7 +10,9 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScopeGuard>
+#include <QShortcut>
 #include <QTextBrowser>
+#include <QTimer>
 #include <QToolBar>
 #include <QTreeWidget>
 
@@ -102,9 +104,23 @@ frmMain::~frmMain() {
 void frmMain::ConnectCommands() {
     connect(tvRecipes, &QTreeWidget::currentItemChanged, this, [this] {
         if (!m_selectingFromCode) {
+            m_nodeJustChanged = true;
+            QTimer::singleShot(0, this, [this] { m_nodeJustChanged = false; });
             tvRecipes_NodeClick();
         }
     });
+    // A click on the node that is already selected, or Enter or Space on it, shows its page
+    // afresh as well (the page may have changed, e.g. after a source was renamed).
+    connect(tvRecipes, &QTreeWidget::pressed, this, [this] {
+        if (!m_nodeJustChanged && !m_selectingFromCode) {
+            tvRecipes_NodeClick();
+        }
+    });
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+        auto* shortcut =
+            new QShortcut(QKeySequence(key), tvRecipes, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this] { tvRecipes_NodeClick(); });
+    }
     connect(tvRecipes, &QTreeWidget::itemDoubleClicked, this, [this] { tvRecipes_DblClick(); });
     const auto on = [this](QAction* action, void (frmMain::*handler)()) {
         connect(action, &QAction::triggered, this, handler);
@@ -507,10 +523,14 @@ void frmMain::mnuDocumentPrint_Click() {
 
 void frmMain::PrintDisplay(bool showDialog) {
     ErrorPath::PassOn("frmMain:PrintDisplay", [&] {
+        if (m_address == BlankPage) {
+            return;  // nothing is shown, so there is nothing to print
+        }
         m_savedPageSetup = PagePrinter::ReadPageSetup();
         PagePrinter::WritePageSetup(PagePrinter::ProgramPageSetup);
-        PagePrinter::PrintFile(m_address == BlankPage ? QString() : m_address, showDialog, this);
-        webDisplay_PrintTemplateTeardown();
+        // The user's own page set-up goes back also when printing is cancelled or fails.
+        const auto teardown = qScopeGuard([this] { webDisplay_PrintTemplateTeardown(); });
+        PagePrinter::PrintFile(m_address, showDialog, this);
     });
 }
 
