@@ -639,7 +639,9 @@ private:
             out += c;
         }
         if (!out.isEmpty()) {
+            const bool trailingSpace = m_pendingSpace;
             Write(out, style);
+            m_pendingSpace = trailingSpace;
         } else if (m_atLineStart) {
             m_pendingSpace = false;
         }
