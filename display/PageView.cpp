@@ -11,11 +11,13 @@
 namespace PageView {
 namespace {
 
+const QString KeeperName = QStringLiteral("pageWidthKeeper");
+
 // Keeps the page's lists fitted to the width of the view when the view changes its size.
 class WidthKeeper : public QObject {
 public:
     explicit WidthKeeper(QTextBrowser* view) : QObject(view), m_view(view) {
-        setObjectName(QStringLiteral("pageWidthKeeper"));
+        setObjectName(KeeperName);
         view->viewport()->installEventFilter(this);
     }
 
@@ -35,7 +37,7 @@ private:
 }  // namespace
 
 void Show(QTextBrowser* view, const QString& fileName) {
-    if (!view->findChild<WidthKeeper*>(QString(), Qt::FindDirectChildrenOnly)) {
+    if (!view->findChild<QObject*>(KeeperName, Qt::FindDirectChildrenOnly)) {
         new WidthKeeper(view);
     }
     // The page is laid out apart from the view, which then takes the finished document in one
