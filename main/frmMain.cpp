@@ -12,7 +12,6 @@
 #include <QScopeGuard>
 #include <QShortcut>
 #include <QTextBrowser>
-#include <QTimer>
 #include <QToolBar>
 #include <QTreeWidget>
 
@@ -38,6 +37,26 @@ using UiServices::SetMousePointer;
 namespace {
 
 frmMain* g_instance = nullptr;
+
+// Runs a handler whenever a mouse button goes down on a widget (before the widget handles it).
+class PressWatcher : public QObject {
+public:
+    PressWatcher(QWidget* widget, std::function<void()> onPress)
+        : QObject(widget), m_onPress(std::move(onPress)) {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::MouseButtonPress) {
+            m_onPress();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_onPress;
+};
 
 constexpr int MarginTwips = 120;
 constexpr int MinimumSplitterTwips = 500;
@@ -104,15 +123,14 @@ frmMain::~frmMain() {
 void frmMain::ConnectCommands() {
     connect(tvRecipes, &QTreeWidget::currentItemChanged, this, [this] {
         if (!m_selectingFromCode) {
-            m_nodeJustChanged = true;
-            QTimer::singleShot(0, this, [this] { m_nodeJustChanged = false; });
             tvRecipes_NodeClick();
         }
     });
     // A click on the node that is already selected, or Enter or Space on it, shows its page
     // afresh as well (the page may have changed, e.g. after a source was renamed).
+    new PressWatcher(tvRecipes->viewport(), [this] { m_nodeAtPress = tvRecipes->currentItem(); });
     connect(tvRecipes, &QTreeWidget::pressed, this, [this] {
-        if (!m_nodeJustChanged && !m_selectingFromCode) {
+        if (tvRecipes->currentItem() == m_nodeAtPress && !m_selectingFromCode) {
             tvRecipes_NodeClick();
         }
     });
