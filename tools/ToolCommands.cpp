@@ -12,6 +12,7 @@
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "search/SearchQuery.h"
+#include "tools/ToolPrint.h"
 
 namespace ToolCommands {
 namespace {
@@ -46,6 +47,16 @@ const char* const HelpText =
     "      naraščajoče (negativen N padajoče; privzeto 1). Z --sql izpiše le besedilo\n"
     "      poizvedbe; sicer po eno vrstico na recept: naslov, številka, skupina in podskupina,\n"
     "      ločeni s tabulatorjem. Privzeto uporabi zbirko iz nastavitev.\n"
+    "  print R|T|G ŠTEVILKA --pdf DATOTEKA [--paper letter] [--database DATOTEKA]\n"
+    "      Natisne stran recepta (R), podskupine (T) ali skupine (G) v datoteko PDF natanko\n"
+    "      tako, kot jo natisne program: v glavi naslov strani in »Stran p od P«, noga je\n"
+    "      prazna; papir A4 (z --paper letter Letter).\n"
+    "  book --pdf DATOTEKA [--group ŠTEVILKA | --type ŠTEVILKA] [--paper letter]\n"
+    "       [--database DATOTEKA]\n"
+    "      Natisne kuharsko knjigo v datoteko PDF: stran skupine, nato za vsako podskupino\n"
+    "      njeno stran in vse njene recepte v vrstnem redu drevesa, vsako stran na novem\n"
+    "      listu; strani so oštevilčene čez vso knjigo. Brez --group in --type vse skupine.\n"
+    "      Napredek izpisuje na standardni izhod za napake.\n"
     "  --help\n"
     "      Izpiše to pomoč.\n"
     "\n"
@@ -195,17 +206,11 @@ int Page(const QStringList& arguments, QTextStream& err) {
         !QStringList{"R", "T", "G"}.contains(kind)) {
         return Usage(err, QStringLiteral("page potrebuje vrsto R, T ali G in številko zapisa."));
     }
-    modGeneral::ReadSettings();
-    if (args->options.contains(QStringLiteral("--database"))) {
-        modGeneral::DatabaseType = modDatabase::FileDatabase;
-        modGeneral::DatabaseName = args->options.value(QStringLiteral("--database"));
+    if (!OpenDatabase(args->options, err)) {
+        return Failed;
     }
     if (args->options.contains(QStringLiteral("--output"))) {
         modGeneral::TempFilename = args->options.value(QStringLiteral("--output"));
-    }
-    modDatabase::OpenConnection();
-    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
-        return Failure(err, modDatabase::Connection->LastError());
     }
     try {
         if (kind == QLatin1String("R")) {
@@ -316,6 +321,20 @@ int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
 
 }  // namespace
 
+bool OpenDatabase(const QMap<QString, QString>& options, QTextStream& err) {
+    modGeneral::ReadSettings();
+    if (options.contains(QStringLiteral("--database"))) {
+        modGeneral::DatabaseType = modDatabase::FileDatabase;
+        modGeneral::DatabaseName = options.value(QStringLiteral("--database"));
+    }
+    modDatabase::OpenConnection();
+    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
+        Failure(err, modDatabase::Connection->LastError());
+        return false;
+    }
+    return true;
+}
+
 int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     const QString command = arguments.value(0);
     if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
@@ -333,6 +352,12 @@ int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     }
     if (command == QLatin1String("search")) {
         return Search(arguments, out, err);
+    }
+    if (command == QLatin1String("print")) {
+        return ToolPrint::Print(arguments, err);
+    }
+    if (command == QLatin1String("book")) {
+        return ToolPrint::Book(arguments, err);
     }
     return Usage(err, command.isEmpty() ? QStringLiteral("Manjka ukaz.")
                                         : QStringLiteral("Neznan ukaz: %1").arg(command));

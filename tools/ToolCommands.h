@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QStringList>
 #include <QTextStream>
 
@@ -10,5 +11,9 @@ namespace ToolCommands {
 enum ExitCode { Done = 0, Failed = 1, BadArguments = 2 };
 
 int Run(const QStringList& arguments, QTextStream& out, QTextStream& err);
+
+// Opens the database the commands work on: the one of the settings, or the one named by the
+// option "--database". On failure writes the reason to err and returns false.
+bool OpenDatabase(const QMap<QString, QString>& options, QTextStream& err);
 
 }  // namespace ToolCommands
