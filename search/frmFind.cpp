@@ -103,6 +103,9 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     lstResults = NewListView(frmResults, QStringLiteral("lstResults"), {3770, 500, 2000, 2000},
                              {QStringLiteral("Naslov recepta"), QStringLiteral("Št."),
                               QStringLiteral("Skupina"), QStringLiteral("Podskupina")});
+    // recipe numbers of up to six digits show whole
+    lstResults->setColumnWidth(1, qMax(lstResults->columnWidth(1),
+                                       Controls::FitPixels(lstResults, QStringLiteral("999999"))));
     lstResults->setUniformRowHeights(true);
     lstResults->setAllColumnsShowFocus(true);
     lstResults->setSortingEnabled(false);

@@ -17,6 +17,7 @@
 #include <QTreeWidget>
 
 #include "core/AppError.h"
+#include "core/Controls.h"
 #include "core/UiServices.h"
 #include "core/Windows1250.h"
 #include "core/modDatabase.h"
@@ -288,12 +289,12 @@ private Q_SLOTS:
         QTreeWidget* criteria = List(w, "lstCriteria");
         QCOMPARE(criteria->columnCount(), 2);
         QVERIFY(criteria->isHeaderHidden());
-        QCOMPARE(criteria->columnWidth(0), 1300 / 15);
-        QCOMPARE(criteria->columnWidth(1), 7150 / 15);
+        QCOMPARE(criteria->columnWidth(0), Controls::TextPixels(1300, criteria->font()));
+        QCOMPARE(criteria->columnWidth(1), Controls::TextPixels(7150, criteria->font()));
         for (const char* name : {"lstAvailable", "lstSelected"}) {
             QTreeWidget* list = List(w, name);
             QCOMPARE(list->columnCount(), 1);
-            QCOMPARE(list->columnWidth(0), 3900 / 15);
+            QCOMPARE(list->columnWidth(0), Controls::TextPixels(3900, list->font()));
         }
         QTreeWidget* results = List(w, "lstResults");
         QCOMPARE(results->columnCount(), 4);
@@ -304,7 +305,10 @@ private Q_SLOTS:
         const QList<int> widths{3770, 500, 2000, 2000};
         for (int c = 0; c < 4; ++c) {
             QCOMPARE(results->headerItem()->text(c), headings[c]);
-            QCOMPARE(results->columnWidth(c), widths[c] / 15);
+            QCOMPARE(results->columnWidth(c),
+                     c == 1 ? qMax(Controls::TextPixels(500, results->font()),
+                                   Controls::FitPixels(results, QStringLiteral("999999")))
+                            : Controls::TextPixels(widths[c], results->font()));
             const int alignment =
                 results->headerItem()->textAlignment(c) & Qt::AlignHorizontal_Mask;
             QCOMPARE(alignment, c == 0 ? int(Qt::AlignLeft) : int(Qt::AlignHCenter));
