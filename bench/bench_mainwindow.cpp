@@ -59,7 +59,7 @@ std::vector<QTreeWidgetItem*> RecipeNodes(QTreeWidget* tree) {
 // page (queries and file), reading the file, the HTML5 parse alone (the floor of showing any
 // page), building the document, and the view taking it and painting its first screen.
 void MeasureGroupClicks(frmMain& window, const QString& label, int recipes) {
-    std::vector<double> clicks, writes, reads, parses, builds, shows;
+    std::vector<double> clicks, writes, reads, parses, builds, shows, formers;
     int rows = 0;
     for (int i = 0; i < 2 * window.tvRecipes->topLevelItemCount(); ++i) {
         QTreeWidgetItem* group =
@@ -99,6 +99,14 @@ void MeasureGroupClicks(frmMain& window, const QString& label, int recipes) {
         shows.push_back(Milliseconds(Clock::now() - start));
         window.webDisplay->setDocument(shown);
         delete document;
+        // the former viewer: Qt's own HTML reader on the same page, shown in a view alike
+        QTextBrowser former;
+        former.resize(window.webDisplay->size());
+        former.show();
+        start = Clock::now();
+        former.setHtml(Windows1250::Decode(bytes));
+        former.viewport()->repaint();
+        formers.push_back(Milliseconds(Clock::now() - start));
     }
     Print(QStringLiteral("%1  %2 recipes  group node click to page shown median %3 ms "
                          "(%4 clicks, up to %5 blocks)")
@@ -117,6 +125,11 @@ void MeasureGroupClicks(frmMain& window, const QString& label, int recipes) {
               .arg(Fixed(Median(parses)))
               .arg(Fixed(Median(builds)))
               .arg(Fixed(Median(shows))));
+    Print(QStringLiteral("%1  %2 recipes    before: the same page through QTextBrowser::setHtml "
+                         "%3 ms (the former viewer, page writing not included)")
+              .arg(label)
+              .arg(recipes)
+              .arg(Fixed(Median(formers))));
 }
 
 void MeasureWindow(const QString& label, int recipes, const Options& options) {
