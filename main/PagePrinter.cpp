@@ -310,8 +310,7 @@ bool NoPrinter(const QPrinter& printer) {
     return printer.printerName().isEmpty() && printer.outputFileName().isEmpty();
 }
 
-}  // namespace
-
+// A page laid out for printing on sheets with text areas of `pageSize` (1/96 inch units).
 std::unique_ptr<QTextDocument> LayOut(const QByteArray& pageBytes, const QSizeF& pageSize) {
     auto document = std::make_unique<QTextDocument>();
     document->documentLayout()->setPaintDevice(LayoutDevice());
@@ -322,6 +321,8 @@ std::unique_ptr<QTextDocument> LayOut(const QByteArray& pageBytes, const QSizeF&
     SplitBlocksAtPageEnds(*document);
     return document;
 }
+
+}  // namespace
 
 bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent) {
     return ErrorPath::PassOn("PagePrinter:PrintFile", [&] {

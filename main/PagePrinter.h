@@ -1,14 +1,13 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDate>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <functional>
-#include <memory>
 
 class QPrinter;
-class QSizeF;
-class QTextDocument;
 class QWidget;
 
 // Printing the page shown in the main window (the display file) with a page header and footer.
@@ -68,9 +67,6 @@ bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent);
 // ("&w" is the title of the page printed on that sheet). `progress` is told each step done.
 void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetup& setup,
                const std::function<void(int step, int steps)>& progress = {});
-
-// A page laid out for printing on sheets with text areas of `pageSize` (1/96 inch units).
-std::unique_ptr<QTextDocument> LayOut(const QByteArray& pageBytes, const QSizeF& pageSize);
 
 // Runs on every new printer after its construction and before the print dialog (tests direct
 // the output to a PDF file with it). An empty preparer leaves the printer as constructed.
