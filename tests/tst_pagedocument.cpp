@@ -354,6 +354,42 @@ private Q_SLOTS:
         QVERIFY(AllRuns(BlockWithText(*document, U("Ena\t1")), 12, false));
     }
 
+    // The page format's edge cases: an empty section title gives an empty heading (no line of
+    // its own), a subgroup without recipes an empty table (nothing shown), a section without
+    // ingredient lines a heading right before the next one, a group without subgroups ends
+    // with its description.
+    void edgeCasesOfThePages() {
+        const auto recipe = Shown(Head + U("A - B<br>Recept št. 7<br><h1>Kruh</h1><h2></h2>"
+                                           "<h3>Sestavine:</h3><h3>Potek dela:</h3>Pečemo."
+                                           "</table></body></html>"));
+        QStringList texts;
+        for (QTextBlock block = recipe->begin(); block.isValid(); block = block.next()) {
+            texts << block.text();
+        }
+        QCOMPARE(texts, (QStringList{U("A - B\u2028Recept št. 7"), U("Kruh"), U("Sestavine:"),
+                                     U("Potek dela:"), U("Pečemo.")}));
+        QVERIFY(AllRuns(recipe->begin().next().next(), 14, true));
+        QVERIFY(AllRuns(recipe->lastBlock(), 12, false));
+
+        const auto group = Shown(Head + U("<h1>G</h1>Opis<h2>Prazna</h1>"
+                                          "<table width=\"100%\" border=\"0\"></table>"
+                                          "<h2>Druga</h1>Opis druge<table width=\"100%\" "
+                                          "border=\"0\"><tr><td>R</td><td align=\"right\">4"
+                                          "</td></tr></table></body></html>"));
+        texts.clear();
+        for (QTextBlock block = group->begin(); block.isValid(); block = block.next()) {
+            texts << block.text();
+        }
+        QCOMPARE(texts.mid(0, 6), (QStringList{U("G"), U("Opis"), U("Prazna"), U("Druga"),
+                                               U("Opis druge"), U("R\t4")}));
+        QVERIFY(AllRuns(BlockWithText(*group, U("Prazna")), 18, true));
+        QVERIFY(AllRuns(BlockWithText(*group, U("Druga")), 18, true));
+
+        const auto alone = Shown(Head + U("<h1>Samo</h1>Brez podskupin</body></html>"));
+        QCOMPARE(alone->lastBlock().text(), U("Brez podskupin"));
+        QVERIFY(AllRuns(alone->lastBlock(), 12, false));
+    }
+
     // Line breaks: each "<br>" starts a line, and the last one of a block adds none.
     void lineBreaksAsABrowserShowsThem() {
         const auto document =
