@@ -2,6 +2,7 @@
 #include <QIcon>
 #include <memory>
 
+#include "core/QtTranslation.h"
 #include "core/modGeneral.h"
 #include "main/frmMain.h"
 #include "settings/frmSettings.h"
@@ -9,6 +10,7 @@
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Morvena"));
+    QtTranslation::Install(app);
     QApplication::setWindowIcon(QIcon::fromTheme(
         QStringLiteral("morvena"),
         QIcon(modGeneral::DefaultInstallDir() + QStringLiteral("/icons/morvena.svg"))));

@@ -3,12 +3,16 @@
 #include <QAbstractScrollArea>
 #include <QEvent>
 #include <QFocusEvent>
+#include <QFontMetricsF>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStyle>
 #include <QTreeWidget>
+#include <QtMath>
+#include <algorithm>
 
 namespace Controls {
 namespace {
@@ -92,6 +96,19 @@ QPushButton* NewButton(QWidget* parent, const QString& name, const QString& capt
     return Named(new QPushButton(caption, parent), name);
 }
 
+int TextPixels(int twips, const QFont& font) {
+    static const QString letters =
+        QStringLiteral("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ");
+    const double letterWidth = QFontMetricsF(font).horizontalAdvance(letters) / letters.size();
+    return qRound(twips / 15.0 * std::max(1.0, letterWidth / MsSansSerifLetterWidth));
+}
+
+int FitPixels(const QTreeView* list, const QString& text) {
+    // the item's text margin on either side, as the style draws it, and one pixel to spare
+    const int margin = list->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, list) + 1;
+    return qCeil(QFontMetricsF(list->font()).horizontalAdvance(text)) + 2 * margin + 1;
+}
+
 QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>& widthsTwips,
                          const QStringList& headings) {
     auto* list = Named(new QTreeWidget(parent), name);
@@ -119,7 +136,7 @@ QTreeView* NewReportView(QWidget* parent, const QString& name, QAbstractItemMode
 
 void SetColumnWidths(QTreeView* list, const QList<int>& widthsTwips) {
     for (int i = 0; i < widthsTwips.size(); ++i) {
-        list->setColumnWidth(i, Pixels(widthsTwips[i]));
+        list->setColumnWidth(i, TextPixels(widthsTwips[i], list->font()));
         list->setColumnHidden(i, widthsTwips[i] == 0);
     }
 }

@@ -4,6 +4,7 @@
 #include <QString>
 #include <functional>
 
+class QFont;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -19,12 +20,23 @@ namespace Controls {
 
 constexpr int Pixels(int twips) { return twips / 15; }
 
+// Column and control widths given in twips were chosen for texts in "MS Sans Serif" 8 pt; the
+// fonts here are wider. Such a width becomes pixels (15 twips a pixel) scaled by how much wider
+// the control's font is than MS Sans Serif 8 pt, compared by the average width of the letters
+// a-z and A-Z (MsSansSerifLetterWidth); a narrower font keeps the plain 15 twips a pixel.
+// Window sizes and positions are not texts: they stay at Pixels().
+constexpr double MsSansSerifLetterWidth = 6.0;  // pixels at 96 dots per inch
+int TextPixels(int twips, const QFont& font);
+// The width a column of a list view needs to show `text` whole in the view's font.
+int FitPixels(const QTreeView* list, const QString& text);
+
 QLabel* NewLabel(QWidget* parent, const QString& name, const QString& caption);
 QLineEdit* NewTextBox(QWidget* parent, const QString& name, int maxLength = 0);
 // A multi-line text box with a vertical scroll bar; Tab moves the focus on.
 QPlainTextEdit* NewMultiLineTextBox(QWidget* parent, const QString& name);
 QPushButton* NewButton(QWidget* parent, const QString& name, const QString& caption);
-// A list view in report form: one column per width (twips), headings hidden when all are empty.
+// A list view in report form: one column per width (twips, as TextPixels), headings hidden when
+// all are empty.
 QTreeWidget* NewListView(QWidget* parent, const QString& name, const QList<int>& widthsTwips,
                          const QStringList& headings = {});
 // A list view in report form over a model of rows (headings from the model), one column per

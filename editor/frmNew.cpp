@@ -145,8 +145,8 @@ void frmNew::BuildControls() {
          {cmdSectionAdd, cmdSectionDelete, cmdSectionUp, cmdSectionDown, cmdSectionSelect}) {
         sections->addWidget(button);
     }
-    lstSections->setMinimumWidth(Pixels(1200) + 8);
-    lstSections->setMaximumWidth(Pixels(2000));
+    lstSections->setMinimumWidth(lstSections->columnWidth(0) + 8);
+    lstSections->setMaximumWidth(Controls::TextPixels(2000, lstSections->font()));
 
     auto* sectionGrid = new QGridLayout(frmSection);
     sectionGrid->addWidget(lblSectionTitle, 0, 0);
@@ -163,7 +163,13 @@ void frmNew::BuildControls() {
     sectionGrid->setRowStretch(2, 1);
     sectionGrid->setRowStretch(3, 1);
     sectionGrid->setColumnStretch(1, 1);
-    lstSectionIngredient->setMinimumWidth(Pixels(500 + 1000 + 2000) + 8);
+    // amounts of up to five digits show whole
+    lstSectionIngredient->setColumnWidth(
+        0, qMax(lstSectionIngredient->columnWidth(0),
+                Controls::FitPixels(lstSectionIngredient, QStringLiteral("99999"))));
+    lstSectionIngredient->setMinimumWidth(lstSectionIngredient->columnWidth(0) +
+                                          lstSectionIngredient->columnWidth(1) +
+                                          lstSectionIngredient->columnWidth(2) + 8);
 
     auto* ingredientGrid = new QGridLayout(frmIngredient);
     ingredientGrid->addWidget(lblAmount, 0, 0);
@@ -182,7 +188,7 @@ void frmNew::BuildControls() {
     ingredientGrid->addLayout(ingredientButtons, 5, 0, 1, 3);
     ingredientGrid->setRowStretch(3, 1);
     ingredientGrid->setColumnStretch(1, 1);
-    lstIngredient->setMinimumWidth(Pixels(2550) + 8);
+    lstIngredient->setMinimumWidth(lstIngredient->columnWidth(0) + 8);
 
     auto* body = new QHBoxLayout;
     body->addLayout(sections);

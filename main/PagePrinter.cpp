@@ -15,11 +15,12 @@
 #include <QtPrintSupport/QPrinter>
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include "core/AppError.h"
 #include "core/UiServices.h"
-#include "core/Windows1250.h"
 #include "core/modRegistry.h"
+#include "display/PageDocument.h"
 
 namespace PagePrinter {
 
@@ -213,60 +214,137 @@ QStringList Expand(const QString& codes, const PageFacts& facts) {
     }
 }
 
+namespace {
+
+// Where a printer prints: the header band, the footer band and the page's text between them,
+// in device dots with the painter's origin at the top left corner of the printable area. The
+// area is the printable area, kept at least LeastMarginMillimetres from the paper's edges. The
+// page's text is laid out in its own unit (1/96 inch) and scaled to the device.
+struct Sheet {
+    QRectF headerBand;
+    QRectF footerBand;
+    QRectF body;
+    qreal scaleX = 1;
+    qreal scaleY = 1;
+    QSizeF pageSize;  // of the text on one sheet, in the page's unit
+    qreal gap = 0;    // between two parts of a band
+};
+
+Sheet SheetOf(QPrinter& printer) {
+    const int dpiX = printer.logicalDpiX();
+    const int dpiY = printer.logicalDpiY();
+    const QRectF paper = printer.paperRect(QPrinter::DevicePixel);
+    const QRectF printable = printer.pageRect(QPrinter::DevicePixel);
+    const qreal leastX = MillimetresToDots(LeastMarginMillimetres, dpiX);
+    const qreal leastY = MillimetresToDots(LeastMarginMillimetres, dpiY);
+    QRectF area = paper.adjusted(leastX, leastY, -leastX, -leastY) & printable;
+    area.translate(-printable.topLeft());
+    const qreal band = MillimetresToDots(BandMillimetres, dpiY);
+    Sheet sheet;
+    sheet.headerBand = QRectF(area.left(), area.top(), area.width(), band);
+    sheet.footerBand = QRectF(area.left(), area.bottom() - band, area.width(), band);
+    sheet.body = QRectF(area.left(), area.top() + band, area.width(), area.height() - 2 * band);
+    if (sheet.body.width() <= 0 || sheet.body.height() <= 0) {
+        ErrorPath::Raise(482, QStringLiteral("Printer error: the paper is too small"));
+    }
+    sheet.scaleX = dpiX / LayoutDotsPerInch;
+    sheet.scaleY = dpiY / LayoutDotsPerInch;
+    sheet.pageSize = QSizeF(sheet.body.width() / sheet.scaleX, sheet.body.height() / sheet.scaleY);
+    sheet.gap = MillimetresToDots(PartGapMillimetres, dpiX);
+    return sheet;
+}
+
+// The device the pages are laid out on: 96 dots per inch, independent of any screen.
+QPaintDevice* LayoutDevice() {
+    static QImage device = [] {
+        QImage image(1, 1, QImage::Format_RGB32);
+        const int dotsPerMetre = qRound(LayoutDotsPerInch / 0.0254);
+        image.setDotsPerMeterX(dotsPerMetre);
+        image.setDotsPerMeterY(dotsPerMetre);
+        return image;
+    }();
+    return &device;
+}
+
+QFont BandFont(const QTextDocument& document) {
+    QFont font = document.defaultFont();
+    font.setPointSizeF(BandFontPoints);
+    font.setBold(false);
+    font.setItalic(false);
+    // A slight letter spacing keeps the shaping from joining letters (as "fi" in an address),
+    // so that the header and footer read back as the very characters.
+    font.setLetterSpacing(QFont::AbsoluteSpacing, 0.05);
+    return font;
+}
+
+// Draws one sheet: page `pageInDocument` (from 1) of the document, with the header and footer
+// expanded for the facts.
+void DrawSheet(QPainter& painter, QTextDocument& document, int pageInDocument, const Sheet& sheet,
+               const PageSetup& setup, const PageFacts& facts) {
+    painter.save();
+    painter.translate(sheet.body.topLeft());
+    painter.scale(sheet.scaleX, sheet.scaleY);
+    const QRectF view(0, (pageInDocument - 1) * sheet.pageSize.height(), sheet.pageSize.width(),
+                      sheet.pageSize.height());
+    painter.translate(0, -view.top());
+    painter.setClipRect(view);
+    // The clip of the context lies a hair inside the page, so that a paragraph that ends
+    // exactly on the page's top edge is not drawn again.
+    QAbstractTextDocumentLayout::PaintContext context;
+    context.clip = view.adjusted(0, EdgeHair, 0, -EdgeHair);
+    context.palette.setColor(QPalette::Text, Qt::black);
+    document.documentLayout()->draw(&painter, context);
+    painter.restore();
+
+    painter.save();
+    painter.setFont(BandFont(document));
+    painter.setPen(Qt::black);
+    DrawBand(painter, sheet.headerBand, Expand(setup.header, facts), sheet.gap);
+    DrawBand(painter, sheet.footerBand, Expand(setup.footer, facts), sheet.gap);
+    painter.restore();
+}
+
+// No printer to print to at once: none is installed (Qt then falls back to a PDF output with
+// no file) and no output file was chosen either.
+bool NoPrinter(const QPrinter& printer) {
+    return printer.printerName().isEmpty() && printer.outputFileName().isEmpty();
+}
+
+// A page laid out for printing on sheets with text areas of `pageSize` (1/96 inch units).
+std::unique_ptr<QTextDocument> LayOut(const QByteArray& pageBytes, const QSizeF& pageSize) {
+    auto document = std::make_unique<QTextDocument>();
+    document->documentLayout()->setPaintDevice(LayoutDevice());
+    document->setUseDesignMetrics(true);
+    PageDocument::BuildFromBytes(*document, pageBytes);
+    document->setPageSize(pageSize);
+    PageDocument::FitWidth(*document, pageSize.width());
+    SplitBlocksAtPageEnds(*document);
+    return document;
+}
+
+}  // namespace
+
 bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent) {
     return ErrorPath::PassOn("PagePrinter:PrintFile", [&] {
-        const QString html = Windows1250::Decode(ReadPageFile(fileName));
-
-        // The page, laid out in its own unit (1/96 inch) independent of any screen.
-        QImage layoutDevice(1, 1, QImage::Format_RGB32);
-        const int dotsPerMetre = qRound(LayoutDotsPerInch / 0.0254);
-        layoutDevice.setDotsPerMeterX(dotsPerMetre);
-        layoutDevice.setDotsPerMeterY(dotsPerMetre);
-        QTextDocument document;
-        document.documentLayout()->setPaintDevice(&layoutDevice);
-        document.setUseDesignMetrics(true);
-        document.setHtml(html);
-
-        PageFacts facts;
-        facts.title = document.metaInformation(QTextDocument::DocumentTitle);
-        facts.address = QUrl::fromLocalFile(QFileInfo(fileName).absoluteFilePath()).toString();
-        facts.date = QDate::currentDate();
-
+        const QByteArray bytes = ReadPageFile(fileName);
         QPrinter printer(QPrinter::HighResolution);
-        printer.setDocName(facts.title);
         if (g_preparer) {
             g_preparer(printer);
         }
-        if (showDialog && !UiServices::ShowPrintDialog(printer, parent)) {
+        // With no printer installed the dialog offers the others (as printing to a PDF file).
+        if ((showDialog || NoPrinter(printer)) && !UiServices::ShowPrintDialog(printer, parent)) {
             return false;
         }
         const PageSetup setup = ReadPageSetup();
+        const Sheet sheet = SheetOf(printer);
+        const std::unique_ptr<QTextDocument> document = LayOut(bytes, sheet.pageSize);
 
-        // The area printed on, in device dots with the painter's origin at the top left corner
-        // of the printer's printable area: that area, kept at least LeastMarginMillimetres from
-        // the paper's edges. A header band at its top, a footer band at its bottom, the page's
-        // text between them.
-        const int dpiX = printer.logicalDpiX();
-        const int dpiY = printer.logicalDpiY();
-        const QRectF paper = printer.paperRect(QPrinter::DevicePixel);
-        const QRectF printable = printer.pageRect(QPrinter::DevicePixel);
-        const qreal leastX = MillimetresToDots(LeastMarginMillimetres, dpiX);
-        const qreal leastY = MillimetresToDots(LeastMarginMillimetres, dpiY);
-        QRectF area = paper.adjusted(leastX, leastY, -leastX, -leastY) & printable;
-        area.translate(-printable.topLeft());
-        const qreal band = MillimetresToDots(BandMillimetres, dpiY);
-        const QRectF headerBand(area.left(), area.top(), area.width(), band);
-        const QRectF footerBand(area.left(), area.bottom() - band, area.width(), band);
-        const QRectF body(area.left(), area.top() + band, area.width(), area.height() - 2 * band);
-        if (body.width() <= 0 || body.height() <= 0) {
-            ErrorPath::Raise(482, QStringLiteral("Printer error: the paper is too small"));
-        }
-        const qreal scaleX = dpiX / LayoutDotsPerInch;
-        const qreal scaleY = dpiY / LayoutDotsPerInch;
-        const QSizeF pageSize(body.width() / scaleX, body.height() / scaleY);
-        document.setPageSize(pageSize);
-        SplitBlocksAtPageEnds(document);
-        facts.pageCount = document.pageCount();
+        PageFacts facts;
+        facts.title = document->metaInformation(QTextDocument::DocumentTitle);
+        facts.address = QUrl::fromLocalFile(QFileInfo(fileName).absoluteFilePath()).toString();
+        facts.date = QDate::currentDate();
+        facts.pageCount = document->pageCount();
+        printer.setDocName(facts.title);
 
         int first = 1;
         int last = facts.pageCount;
@@ -289,46 +367,60 @@ bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent) {
         if (!painter.begin(&printer)) {
             ErrorPath::Raise(482, QStringLiteral("Printer error"));
         }
-        QFont bandFont = document.defaultFont();
-        bandFont.setPointSizeF(BandFontPoints);
-        bandFont.setBold(false);
-        bandFont.setItalic(false);
-        // A slight letter spacing keeps the shaping from joining letters (as "fi" in an
-        // address), so that the header and footer read back as the very characters.
-        bandFont.setLetterSpacing(QFont::AbsoluteSpacing, 0.05);
-        const qreal gap = MillimetresToDots(PartGapMillimetres, dpiX);
         for (int index = 0; index < pages.size(); ++index) {
             if (index > 0) {
                 printer.newPage();
             }
             facts.page = pages[index];
-
-            painter.save();
-            painter.translate(body.topLeft());
-            painter.scale(scaleX, scaleY);
-            const QRectF view(0, (facts.page - 1) * pageSize.height(), pageSize.width(),
-                              pageSize.height());
-            painter.translate(0, -view.top());
-            painter.setClipRect(view);
-            // The clip of the context lies a hair inside the page, so that a paragraph that ends
-            // exactly on the page's top edge is not drawn again.
-            QAbstractTextDocumentLayout::PaintContext context;
-            context.clip = view.adjusted(0, EdgeHair, 0, -EdgeHair);
-            context.palette.setColor(QPalette::Text, Qt::black);
-            document.documentLayout()->draw(&painter, context);
-            painter.restore();
-
-            painter.save();
-            painter.setFont(bandFont);
-            painter.setPen(Qt::black);
-            DrawBand(painter, headerBand, Expand(setup.header, facts), gap);
-            DrawBand(painter, footerBand, Expand(setup.footer, facts), gap);
-            painter.restore();
+            DrawSheet(painter, *document, facts.page, sheet, setup, facts);
         }
         if (!painter.end()) {
             ErrorPath::Raise(482, QStringLiteral("Printer error"));
         }
         return true;
+    });
+}
+
+void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetup& setup,
+               const std::function<void(int step, int steps)>& progress) {
+    ErrorPath::PassOn("PagePrinter:PrintBook", [&] {
+        const Sheet sheet = SheetOf(printer);
+        // The sheets of every page first (the header counts them over the whole book), then
+        // each page again, drawn.
+        QList<int> sheets;
+        int sheetCount = 0;
+        for (int i = 0; i < pages.size(); ++i) {
+            sheets << LayOut(pages[i], sheet.pageSize)->pageCount();
+            sheetCount += sheets.last();
+            if (progress) {
+                progress(i + 1, 2 * int(pages.size()));
+            }
+        }
+        PageFacts facts;
+        facts.date = QDate::currentDate();
+        facts.pageCount = sheetCount;
+        QPainter painter;
+        if (!painter.begin(&printer)) {
+            ErrorPath::Raise(482, QStringLiteral("Printer error"));
+        }
+        int sheetNumber = 0;
+        for (int i = 0; i < pages.size(); ++i) {
+            const std::unique_ptr<QTextDocument> document = LayOut(pages[i], sheet.pageSize);
+            facts.title = document->metaInformation(QTextDocument::DocumentTitle);
+            for (int page = 1; page <= sheets[i]; ++page) {
+                if (sheetNumber > 0) {
+                    printer.newPage();
+                }
+                facts.page = ++sheetNumber;
+                DrawSheet(painter, *document, page, sheet, setup, facts);
+            }
+            if (progress) {
+                progress(int(pages.size()) + i + 1, 2 * int(pages.size()));
+            }
+        }
+        if (!painter.end()) {
+            ErrorPath::Raise(482, QStringLiteral("Printer error"));
+        }
     });
 }
 

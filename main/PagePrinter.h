@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDate>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -54,10 +56,17 @@ QStringList Expand(const QString& codes, const PageFacts& facts);
 // Prints the HTML page file (windows-1250) with the header and footer of the page set-up read
 // at that moment, on every page. With showDialog the print dialog is shown first
 // (UiServices::ShowPrintDialog); when it is cancelled nothing is printed and the result is
-// false. Without it the page goes at once to the default printer. Returns true when printed.
+// false. Without it the page goes at once to the default printer, or, when no printer is
+// installed, the print dialog is shown all the same. Returns true when printed.
 // A file that cannot be read, or a printer that cannot be started, raises an error (source
 // "PagePrinter:PrintFile").
 bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent);
+
+// Prints pages (display file bytes, windows-1250) one after another as one book: each page
+// starts on a new sheet, and the header's page number and page count run over the whole book
+// ("&w" is the title of the page printed on that sheet). `progress` is told each step done.
+void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetup& setup,
+               const std::function<void(int step, int steps)>& progress = {});
 
 // Runs on every new printer after its construction and before the print dialog (tests direct
 // the output to a PDF file with it). An empty preparer leaves the printer as constructed.

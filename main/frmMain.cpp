@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScopeGuard>
+#include <QShortcut>
 #include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -18,10 +19,10 @@
 #include "about/frmAbout.h"
 #include "core/AppError.h"
 #include "core/UiServices.h"
-#include "core/Windows1250.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "core/modRegistry.h"
+#include "display/PageView.h"
 #include "display/modDisplay.h"
 #include "editor/frmNew.h"
 #include "lists/frmAddRecord.h"
@@ -37,6 +38,26 @@ using UiServices::SetMousePointer;
 namespace {
 
 frmMain* g_instance = nullptr;
+
+// Runs a handler whenever a mouse button goes down on a widget (before the widget handles it).
+class PressWatcher : public QObject {
+public:
+    PressWatcher(QWidget* widget, std::function<void()> onPress)
+        : QObject(widget), m_onPress(std::move(onPress)) {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::MouseButtonPress) {
+            m_onPress();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_onPress;
+};
 
 constexpr int MarginTwips = 120;
 constexpr int MinimumSplitterTwips = 500;
@@ -106,6 +127,19 @@ void frmMain::ConnectCommands() {
             tvRecipes_NodeClick();
         }
     });
+    // A click on the node that is already selected, or Enter or Space on it, shows its page
+    // afresh as well (the page may have changed, e.g. after a source was renamed).
+    new PressWatcher(tvRecipes->viewport(), [this] { m_nodeAtPress = tvRecipes->currentItem(); });
+    connect(tvRecipes, &QTreeWidget::pressed, this, [this] {
+        if (tvRecipes->currentItem() == m_nodeAtPress && !m_selectingFromCode) {
+            tvRecipes_NodeClick();
+        }
+    });
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+        auto* shortcut =
+            new QShortcut(QKeySequence(key), tvRecipes, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, [this] { tvRecipes_NodeClick(); });
+    }
     connect(tvRecipes, &QTreeWidget::itemDoubleClicked, this, [this] { tvRecipes_DblClick(); });
     const auto on = [this](QAction* action, void (frmMain::*handler)()) {
         connect(action, &QAction::triggered, this, handler);
@@ -250,9 +284,7 @@ void frmMain::Navigate(const QString& address) {
         webDisplay->clear();
         return;
     }
-    QFile page(address);
-    webDisplay->setHtml(page.open(QIODevice::ReadOnly) ? Windows1250::Decode(page.readAll())
-                                                       : QString());
+    PageView::Show(webDisplay, address);
 }
 
 QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->currentItem()); }
@@ -493,10 +525,14 @@ void frmMain::mnuDocumentPrint_Click() {
 
 void frmMain::PrintDisplay(bool showDialog) {
     ErrorPath::PassOn("frmMain:PrintDisplay", [&] {
+        if (m_address == BlankPage) {
+            return;  // nothing is shown, so there is nothing to print
+        }
         m_savedPageSetup = PagePrinter::ReadPageSetup();
         PagePrinter::WritePageSetup(PagePrinter::ProgramPageSetup);
-        PagePrinter::PrintFile(m_address == BlankPage ? QString() : m_address, showDialog, this);
-        webDisplay_PrintTemplateTeardown();
+        // The user's own page set-up goes back also when printing is cancelled or fails.
+        const auto teardown = qScopeGuard([this] { webDisplay_PrintTemplateTeardown(); });
+        PagePrinter::PrintFile(m_address, showDialog, this);
     });
 }
 

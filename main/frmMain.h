@@ -106,6 +106,7 @@ private:
     QString m_address;
     bool m_dragging = false;
     bool m_selectingFromCode = false;
-    int m_splitterLeft = 0;  // twips
+    QTreeWidgetItem* m_nodeAtPress = nullptr;  // the selected node when a mouse button went down
+    int m_splitterLeft = 0;                    // twips
     PagePrinter::PageSetup m_savedPageSetup;
 };

@@ -10,6 +10,13 @@ mkdir -p "$data_dir"
 [ -f "$data_dir/Morvena.mdb" ] || cp "$root/build/share/Morvena.mdb" "$data_dir/Morvena.mdb"
 cd "$data_dir"
 if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
-    exec xvfb-run -a -s "-screen 0 1280x800x24" "$root/build/app/morvena" "$@"
+    screen=99
+    while [ -e "/tmp/.X11-unix/X$screen" ] || [ -e "/tmp/.X$screen-lock" ]; do
+        screen=$((screen + 1))
+    done
+    echo "No display: Morvena runs on the virtual screen :$screen (Xvfb), which nobody sees;" \
+        "to see it, take a picture with 'DISPLAY=:$screen import -window root shot.png'" \
+        "or watch it with 'x11vnc -display :$screen' and a VNC viewer." >&2
+    exec xvfb-run -n "$screen" -s "-screen 0 1280x800x24" "$root/build/app/morvena" "$@"
 fi
 exec "$root/build/app/morvena" "$@"

@@ -108,6 +108,10 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
                                this);
     lstResults =
         NewReportView(frmResults, QStringLiteral("lstResults"), results, {3770, 500, 2000, 2000});
+    // recipe numbers of up to six digits show whole
+    lstResults->setColumnWidth(1, qMax(lstResults->columnWidth(1),
+                                       Controls::FitPixels(lstResults, QStringLiteral("999999"))));
+    lstResults->setUniformRowHeights(true);
     lstResults->setAllColumnsShowFocus(true);
     lstResults->setSortingEnabled(false);
     lstResults->header()->setSortIndicatorShown(false);

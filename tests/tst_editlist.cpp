@@ -200,7 +200,7 @@ private Q_SLOTS:
             QCOMPARE(Button(dialog, "cmdDelete")->text(), QStringLiteral("Izbriši"));
             QTreeWidget* list = List(dialog);
             QCOMPARE(list->columnCount(), 1);
-            QCOMPARE(list->columnWidth(0), Controls::Pixels(3500));
+            QCOMPARE(list->columnWidth(0), Controls::TextPixels(3500, list->font()));
             QVERIFY(list->isHeaderHidden());
             QCOMPARE(Entries(dialog), entries);
             QCOMPARE(SelectedKey(dialog), QString());

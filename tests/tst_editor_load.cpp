@@ -147,21 +147,25 @@ private Q_SLOTS:
             // The list views: report form, empty headers, the columns and their widths.
             QTreeWidget* lstSections = List(editor, "lstSections");
             QCOMPARE(lstSections->columnCount(), 1);
-            QCOMPARE(lstSections->columnWidth(0), Controls::Pixels(1200));
+            QCOMPARE(lstSections->columnWidth(0), Controls::TextPixels(1200, lstSections->font()));
             QVERIFY(lstSections->isHeaderHidden());
             QTreeWidget* lines = List(editor, "lstSectionIngredient");
             QCOMPARE(lines->columnCount(), 5);
             QVERIFY(lines->isHeaderHidden());
             const QList<int> widths{500, 1000, 2000};
             for (int c = 0; c < 3; ++c) {
-                QCOMPARE(lines->columnWidth(c), Controls::Pixels(widths[c]));
+                QCOMPARE(lines->columnWidth(c),
+                         c == 0 ? qMax(Controls::TextPixels(500, lines->font()),
+                                       Controls::FitPixels(lines, QStringLiteral("99999")))
+                                : Controls::TextPixels(widths[c], lines->font()));
                 QVERIFY(!lines->isColumnHidden(c));
             }
             QVERIFY(lines->isColumnHidden(3));
             QVERIFY(lines->isColumnHidden(4));
             QTreeWidget* lstIngredient = List(editor, "lstIngredient");
             QCOMPARE(lstIngredient->columnCount(), 1);
-            QCOMPARE(lstIngredient->columnWidth(0), Controls::Pixels(2550));
+            QCOMPARE(lstIngredient->columnWidth(0),
+                     Controls::TextPixels(2550, lstIngredient->font()));
             QVERIFY(lstIngredient->isHeaderHidden());
             // No button is the default: Enter in a text box saves nothing.
             for (QPushButton* button : editor->findChildren<QPushButton*>()) {

@@ -18,6 +18,7 @@
 #include <QTreeWidget>
 
 #include "core/AppError.h"
+#include "core/Controls.h"
 #include "core/UiServices.h"
 #include "core/Windows1250.h"
 #include "core/modDatabase.h"
@@ -300,12 +301,12 @@ private Q_SLOTS:
         QTreeWidget* criteria = List(w, "lstCriteria");
         QCOMPARE(criteria->columnCount(), 2);
         QVERIFY(criteria->isHeaderHidden());
-        QCOMPARE(criteria->columnWidth(0), 1300 / 15);
-        QCOMPARE(criteria->columnWidth(1), 7150 / 15);
+        QCOMPARE(criteria->columnWidth(0), Controls::TextPixels(1300, criteria->font()));
+        QCOMPARE(criteria->columnWidth(1), Controls::TextPixels(7150, criteria->font()));
         for (const char* name : {"lstAvailable", "lstSelected"}) {
             QTreeWidget* list = List(w, name);
             QCOMPARE(list->columnCount(), 1);
-            QCOMPARE(list->columnWidth(0), 3900 / 15);
+            QCOMPARE(list->columnWidth(0), Controls::TextPixels(3900, list->font()));
         }
         QTreeView* results = Results(w);
         QVERIFY(!results->isHeaderHidden());
@@ -316,7 +317,10 @@ private Q_SLOTS:
         QCOMPARE(results->model()->columnCount(), 4);
         for (int c = 0; c < 4; ++c) {
             QCOMPARE(results->model()->headerData(c, Qt::Horizontal).toString(), headings[c]);
-            QCOMPARE(results->columnWidth(c), widths[c] / 15);
+            QCOMPARE(results->columnWidth(c),
+                     c == 1 ? qMax(Controls::TextPixels(500, results->font()),
+                                   Controls::FitPixels(results, QStringLiteral("999999")))
+                            : Controls::TextPixels(widths[c], results->font()));
             const int alignment =
                 results->model()->headerData(c, Qt::Horizontal, Qt::TextAlignmentRole).toInt() &
                 Qt::AlignHorizontal_Mask;

@@ -13,6 +13,7 @@
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "search/SearchQuery.h"
+#include "tools/ToolPrint.h"
 #include "tools/ToolSupport.h"
 
 namespace ToolCommands {
@@ -73,6 +74,16 @@ const char* const HelpText =
     "      jih ne doseže nobena stran in nobeno okno (nerabljene razdelke z njihovimi vrsticami\n"
     "      in povezave, ki kažejo v prazno), ničesar ne preštevilči in izpiše, kaj je izbrisal.\n"
     "      Popravljajte, ko program zbirke nima odprte.\n"
+    "  print R|T|G ŠTEVILKA --pdf DATOTEKA [--paper letter] [--database DATOTEKA]\n"
+    "      Natisne stran recepta (R), podskupine (T) ali skupine (G) v datoteko PDF natanko\n"
+    "      tako, kot jo natisne program: v glavi naslov strani in »Stran p od P«, noga je\n"
+    "      prazna; papir A4 (z --paper letter Letter).\n"
+    "  book --pdf DATOTEKA [--group ŠTEVILKA | --type ŠTEVILKA] [--paper letter]\n"
+    "       [--database DATOTEKA]\n"
+    "      Natisne kuharsko knjigo v datoteko PDF: stran skupine, nato za vsako podskupino\n"
+    "      njeno stran in vse njene recepte v vrstnem redu drevesa, vsako stran na novem\n"
+    "      listu; strani so oštevilčene čez vso knjigo. Brez --group in --type vse skupine.\n"
+    "      Napredek izpisuje na standardni izhod za napake.\n"
     "  --help\n"
     "      Izpiše to pomoč.\n"
     "\n"
@@ -251,17 +262,11 @@ int Page(const QStringList& arguments, QTextStream& err) {
         !QStringList{"R", "T", "G"}.contains(kind)) {
         return Usage(err, QStringLiteral("page potrebuje vrsto R, T ali G in številko zapisa."));
     }
-    modGeneral::ReadSettings();
-    if (args->options.contains(QStringLiteral("--database")) &&
-        !ToolSupport::UseDatabase(args->options.value(QStringLiteral("--database")), problem)) {
-        return Usage(err, problem);
+    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
+        return failed;
     }
     if (args->options.contains(QStringLiteral("--output"))) {
         modGeneral::TempFilename = args->options.value(QStringLiteral("--output"));
-    }
-    modDatabase::OpenConnection();
-    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
-        return Failure(err, modDatabase::Connection->LastError());
     }
     try {
         if (kind == QLatin1String("R")) {
@@ -283,8 +288,7 @@ int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     qint16 overall = SearchQuery::AllValues;
     qint16 sortColumn = 1;
     bool sqlOnly = false;
-    QString database;
-    bool databaseGiven = false;
+    std::optional<QString> database;
     for (int i = 1; i < arguments.size(); ++i) {
         const QString& argument = arguments[i];
         if (argument == QLatin1String("--sql")) {
@@ -330,7 +334,6 @@ int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
             sortColumn = static_cast<qint16>(number);
         } else {
             database = value;
-            databaseGiven = true;
         }
     }
     QString sql;
@@ -343,14 +346,8 @@ int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         out << sql << Qt::endl;
         return Done;
     }
-    modGeneral::ReadSettings();
-    QString problem;
-    if (databaseGiven && !ToolSupport::UseDatabase(database, problem)) {
-        return Usage(err, problem);
-    }
-    modDatabase::OpenConnection();
-    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
-        return Failure(err, modDatabase::Connection->LastError());
+    if (const int failed = ToolSupport::OpenDatabase(database, err)) {
+        return failed;
     }
     try {
         Recordset rs = modDatabase::GetRecordset(sql);
@@ -398,6 +395,12 @@ int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     }
     if (command == QLatin1String("check")) {
         return Check(arguments, out, err);
+    }
+    if (command == QLatin1String("print")) {
+        return ToolPrint::Print(arguments, err);
+    }
+    if (command == QLatin1String("book")) {
+        return ToolPrint::Book(arguments, err);
     }
     return Usage(err, command.isEmpty() ? QStringLiteral("Manjka ukaz.")
                                         : QStringLiteral("Neznan ukaz: %1").arg(command));

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QTextStream>
+#include <optional>
 
 // What the commands of morvena-tool share: the one-line messages and their exit codes, and the
 // use of a database named with --database (a file or a PostgreSQL URI).
@@ -16,5 +18,11 @@ QString ErrorText();
 
 // Makes the value of --database the program's database, as the settings would.
 bool UseDatabase(const QString& value, QString& problem);
+// Opens the program's database: the one of the settings, or the one named by --database.
+// Returns 0, or the exit code after writing the reason to err (2 for a bad name, 1 when the
+// database cannot be opened).
+int OpenDatabase(const std::optional<QString>& database, QTextStream& err);
+// The same with the value of the option "--database" among a command's options.
+int OpenDatabase(const QMap<QString, QString>& options, QTextStream& err);
 
 }  // namespace ToolSupport

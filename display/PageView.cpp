@@ -1,0 +1,60 @@
+#include "display/PageView.h"
+
+#include <QEvent>
+#include <QFile>
+#include <QResizeEvent>
+#include <QTextBrowser>
+#include <QTextDocument>
+
+#include "display/PageDocument.h"
+
+namespace PageView {
+namespace {
+
+const QString KeeperName = QStringLiteral("pageWidthKeeper");
+
+// Keeps the page's lists fitted to the width of the view when the view changes its size.
+class WidthKeeper : public QObject {
+public:
+    explicit WidthKeeper(QTextBrowser* view) : QObject(view), m_view(view) {
+        setObjectName(KeeperName);
+        view->viewport()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (watched == m_view->viewport() && event->type() == QEvent::Resize) {
+            PageDocument::FitWidth(*m_view->document(),
+                                   static_cast<QResizeEvent*>(event)->size().width());
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QTextBrowser* m_view;
+};
+
+}  // namespace
+
+void Show(QTextBrowser* view, const QString& fileName) {
+    if (!view->findChild<QObject*>(KeeperName, Qt::FindDirectChildrenOnly)) {
+        new WidthKeeper(view);
+    }
+    // The page is laid out apart from the view, which then takes the finished document in one
+    // step and lays out only what it shows first (the rest follows while the user reads).
+    auto* document = new QTextDocument(view);
+    QFile page(fileName);
+    if (page.open(QIODevice::ReadOnly)) {
+        PageDocument::BuildFromBytes(*document, page.readAll());
+    }
+    PageDocument::FitWidth(*document, view->viewport()->width());
+    // The view deletes the document it made itself; those made here go when replaced.
+    QTextDocument* previous = view->document();
+    const bool madeHere = previous->parent() == view;
+    view->setDocument(document);
+    if (madeHere) {
+        delete previous;
+    }
+}
+
+}  // namespace PageView
