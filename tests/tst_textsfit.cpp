@@ -7,6 +7,7 @@
 
 #include "core/Controls.h"
 #include "core/SampleDatabase.h"
+#include "search/ResultsModel.h"
 #include "search/frmFind.h"
 #include "tests/support/EditorDriver.h"
 #include "tests/support/TestDatabase.h"
@@ -15,18 +16,24 @@ namespace {
 
 QString U(const char* utf8) { return QString::fromUtf8(utf8); }
 
+// Whether the entry at `index` shows whole in its column.
+bool ShowsWhole(const QTreeView* view, const QModelIndex& index) {
+    QStyleOptionViewItem option;
+    option.initFrom(view);
+    option.font = view->font();
+    option.features |= QStyleOptionViewItem::HasDisplay;
+    const int needed = view->itemDelegateForIndex(index)->sizeHint(option, index).width();
+    return needed <= view->columnWidth(index.column());
+}
+
 // Whether `text` shows whole in column `column` of the list.
 bool ShowsWhole(QTreeWidget* list, int column, const QString& text) {
     auto* item = new QTreeWidgetItem(list);
     item->setText(column, text);
-    QStyleOptionViewItem option;
-    option.initFrom(list);
-    option.font = list->font();
-    option.features |= QStyleOptionViewItem::HasDisplay;
-    const QModelIndex index = list->model()->index(list->indexOfTopLevelItem(item), column);
-    const int needed = list->itemDelegateForIndex(index)->sizeHint(option, index).width();
+    const bool whole =
+        ShowsWhole(list, list->model()->index(list->indexOfTopLevelItem(item), column));
     delete item;
-    return needed <= list->columnWidth(column);
+    return whole;
 }
 
 QTreeWidget* List(QWidget* window, const char* name) {
@@ -82,10 +89,13 @@ private Q_SLOTS:
                                   "Potek dela", "Skupina"}) {
             QVERIFY2(ShowsWhole(criteria, 0, U(label)), label);
         }
-        QTreeWidget* results = List(&window, "lstResults");
-        QVERIFY(ShowsWhole(results, 1, QStringLiteral("123456")));
-        QVERIFY(ShowsWhole(results, 1, QStringLiteral("999999")));
-        QVERIFY(ShowsWhole(results, 0, U("Kokošja juha z jetrnimi cmočki")));
+        auto* results = window.findChild<QTreeView*>(QStringLiteral("lstResults"));
+        auto* rows = qobject_cast<ResultsModel*>(results->model());
+        rows->SetRows({{U("Kokošja juha z jetrnimi cmočki"), QStringLiteral("123456")},
+                       {QString(), QStringLiteral("999999")}});
+        QVERIFY(ShowsWhole(results, rows->index(0, 0)));
+        QVERIFY(ShowsWhole(results, rows->index(0, 1)));
+        QVERIFY(ShowsWhole(results, rows->index(1, 1)));
     }
 
     void editorColumns_data() { TestDatabase::AddKinds(); }
