@@ -12,6 +12,7 @@
 
 #include "core/AppError.h"
 #include "core/Schema.h"
+#include "core/SingleStatement.h"
 #include "core/SqlDialect.h"
 #include "core/SqliteExtensions.h"
 #include "core/modGeneral.h"
@@ -201,7 +202,15 @@ QString DbConnection::DriverName() const {
 QSqlDatabase DbConnection::Database() const { return QSqlDatabase::database(m_qtName, false); }
 
 QString DbConnection::Translate(const QString& sql) const {
-    return m_kind == ServerDatabase ? SqlDialect::ToPostgres(sql) : sql;
+    const bool server = m_kind == ServerDatabase;
+    const QString text = server ? SqlDialect::ToPostgres(sql) : sql;
+    // Every text runs as one statement: a second one (typed into a name) never reaches the
+    // database, which would run it too.
+    if (!SingleStatement::IsSingle(
+            text, server ? SingleStatement::Lexer::PostgreSql : SingleStatement::Lexer::Sqlite)) {
+        throw AppError(0, DriverName(), SingleStatement::RefusedDescription());
+    }
+    return text;
 }
 
 QString BuildConnectionString(int kind, const QString& server, const QString& database,

@@ -39,7 +39,8 @@ public:
     // The database library's name, the source of its errors.
     QString DriverName() const;
     QSqlDatabase Database() const;
-    // The program's SQL as this database speaks it.
+    // The program's SQL as this database speaks it. A text that holds more than one statement
+    // raises an error with the driver's name as source, before anything reaches the database.
     QString Translate(const QString& sql) const;
 
 private:
