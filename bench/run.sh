@@ -9,7 +9,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
-programs=("${@:-foundation mainwindow editor search}")
+programs=("${@:-foundation mainwindow editor search settings}")
 read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -40,6 +40,7 @@ for program in "${programs[@]}"; do
                         --program "$build/app/morvena" --sample "$build/share/Morvena.mdb" ;;
         editor) "$build/bench/bench_editor" --cache-dir "$cache" ;;
         search) "$build/bench/bench_search" --cache-dir "$cache" "${pg[@]}" ;;
+        settings) "$build/bench/bench_settings" ;;
         *) echo "run.sh: no benchmark named $program" >&2; exit 2 ;;
     esac
 done
