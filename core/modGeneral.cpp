@@ -104,9 +104,26 @@ void ReadSettings() {
     DatabaseType = GetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), 1, true);
 }
 
+void StoreInstallationValues() {
+    using namespace modRegistry;
+    for (const char* name :
+         {"ServerName", "DatabaseName", "TempFilename", "Username", "Password", "DatabaseType"}) {
+        if (RegistryValueExists(ProgramKey, QString::fromLatin1(name), true)) {
+            return;
+        }
+    }
+    SetRegistryString(ProgramKey, QStringLiteral("DatabaseName"), DatabaseName, true);
+    SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), TempFilename, true);
+    SetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), DatabaseType, true);
+    if (!RegistryValueExists(ProgramKey, QStringLiteral("InstallDir"), true)) {
+        SetRegistryString(ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
+    }
+}
+
 bool Main(const StartupWindows& windows) {
     return ErrorPath::Handle("modGeneral:Main->", [&] {
         ReadSettings();
+        StoreInstallationValues();
         if (!DatabaseName.isEmpty()) {
             modDatabase::OpenConnection();
         }

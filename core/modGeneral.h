@@ -41,6 +41,11 @@ QString DefaultInstallDir();
 
 // Reads the settings values with their start-up defaults.
 void ReadSettings();
+// What the installation did on Windows: when the machine-wide store holds none of the
+// connection values, stores the start-up values read by ReadSettings (DatabaseName,
+// TempFilename, DatabaseType) and InstallDir, once, so that the settings dialog's cancel path
+// finds working values.
+void StoreInstallationValues();
 
 // The windows that Main shows, modally: the settings dialog only when no connection works;
 // then the main window.

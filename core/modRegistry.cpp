@@ -37,6 +37,10 @@ QString StoreFile(bool machineWide) {
            (machineWide ? QStringLiteral("/machine.reg") : QStringLiteral("/user.reg"));
 }
 
+bool RegistryValueExists(const QString& keyName, const QString& valueName, bool machineWide) {
+    return RegistryFile::Load(StoreFile(machineWide)).FindValue(keyName, valueName) != nullptr;
+}
+
 QString GetRegistryString(const QString& keyName, const QString& valueName,
                           const QString& defaultValue, bool machineWide) {
     return ErrorPath::PassOn("modRegistry:GetRegistryString", [&] {
