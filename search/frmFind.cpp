@@ -16,6 +16,7 @@
 
 #include "core/AppError.h"
 #include "core/Controls.h"
+#include "core/KeepSelection.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "main/frmMain.h"
@@ -73,6 +74,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     frmCriteria->setObjectName(QStringLiteral("frmCriteria"));
     lstCriteria = NewListView(frmCriteria, QStringLiteral("lstCriteria"), {1300, 7150});
     lstCriteria->setAllColumnsShowFocus(true);
+    KeepSelection::Apply(lstCriteria);
     lblCondition = NewLabel(frmCriteria, QStringLiteral("lblCondition"),
                             QStringLiteral("Rezultati naj zadoščajo:"));
     cmbCondition = new QComboBox(frmCriteria);
@@ -91,9 +93,11 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
         NewLabel(frmField, QStringLiteral("lblAvailable"), QStringLiteral("Nabor vrednosti:"));
     lstAvailable = NewListView(frmField, QStringLiteral("lstAvailable"), {3900});
     lstAvailable->setUniformRowHeights(true);
+    KeepSelection::Apply(lstAvailable);
     lblSelected =
         NewLabel(frmField, QStringLiteral("lblSelected"), QStringLiteral("Iskane vrednosti:"));
     lstSelected = NewListView(frmField, QStringLiteral("lstSelected"), {3900});
+    KeepSelection::Apply(lstSelected);
     cmdAdd = NewButton(frmField, QStringLiteral("cmdAdd"), QStringLiteral("Dodaj"));
     cmdDelete = NewButton(frmField, QStringLiteral("cmdDelete"), QStringLiteral("Odstrani"));
     cmdFind = NewButton(frmField, QStringLiteral("cmdFind"), QStringLiteral("Išči"));
@@ -105,6 +109,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
                               QStringLiteral("Skupina"), QStringLiteral("Podskupina")});
     lstResults->setUniformRowHeights(true);
     lstResults->setAllColumnsShowFocus(true);
+    KeepSelection::Apply(lstResults);
     lstResults->setSortingEnabled(false);
     lstResults->header()->setSortIndicatorShown(false);
     lstResults->header()->setSectionsClickable(true);
