@@ -195,7 +195,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
 }
 
 // A double click anywhere in the offered values or the results is the list's double click; the
-// handler works on the entry that the press selected (none on empty space).
+// handler works on the selected entry (on empty space, the one selected before).
 bool frmFind::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonDblClick &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
