@@ -13,14 +13,16 @@ namespace {
 // leave the view without a selected entry.
 class Guard : public QObject {
 public:
-    explicit Guard(QAbstractItemView* view) : QObject(view), m_view(view) {
-        view->viewport()->installEventFilter(this);
+    explicit Guard(QAbstractItemView* view)
+        : QObject(view), m_view(view), m_viewport(view->viewport()) {
+        m_viewport->installEventFilter(this);
         view->installEventFilter(this);
     }
 
 protected:
+    // Compares pointers only: events also come while the view is being destroyed.
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (watched == m_view->viewport()) {
+        if (watched == m_viewport) {
             return MouseWouldClear(event);
         }
         if (watched == m_view && event->type() == QEvent::KeyPress) {
@@ -104,6 +106,7 @@ private:
     }
 
     QAbstractItemView* m_view;
+    QObject* m_viewport;
     bool m_swallowedPress = false;  // the press was taken away: so is its release
     bool m_pressed = false;         // a press reached the view, at m_pressedAt
     QPoint m_pressedAt;
