@@ -54,9 +54,9 @@ private Q_SLOTS:
         const QString database = LoopDatabase(kind);
         modDatabase::Connection.reset();
 
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("kill moments from seed %u", seed);
-        QRandomGenerator random(seed);
+        const quint32 start = QRandomGenerator::global()->generate();
+        qInfo("kill moments from the random start %u", start);
+        QRandomGenerator random(start);
         const QString folder = TestDatabase::WorkFolder() + QStringLiteral("/loop-") + kind;
         QVERIFY(QDir().mkpath(folder));
         int saves = 0;
