@@ -109,7 +109,8 @@ Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& conn
     if (sqlite3* db = connection->Kind() == modDatabase::FileDatabase
                           ? SqliteExtensions::Handle(database)
                           : nullptr) {
-        ReadSqliteRows(*connection, db, sql, rs.m_names, rs.m_values, rs.m_rowCount);
+        ReadSqliteRows(*connection, db, connection->Translate(sql), rs.m_names, rs.m_values,
+                       rs.m_rowCount);
     } else {
         QSqlQuery query(database);
         query.setForwardOnly(true);

@@ -1,9 +1,11 @@
 #include "core/modDatabase.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <QAtomicInt>
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlDriver>
 #include <QSqlError>
@@ -13,6 +15,7 @@
 #include "core/AppError.h"
 #include "core/PlannerStatistics.h"
 #include "core/Schema.h"
+#include "core/SingleStatement.h"
 #include "core/SqlDialect.h"
 #include "core/SqliteExtensions.h"
 #include "core/modGeneral.h"
@@ -38,6 +41,20 @@ sqlite3* SqliteHandle(const QSqlDatabase& db) {
 
 QString DatabaseErrorText(const QSqlError& error) {
     return error.databaseText().isEmpty() ? error.text() : error.databaseText();
+}
+
+QString NotMorvena(const QString& name) {
+    return QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name);
+}
+
+QString CannotRead(const QString& name, const QString& cause) {
+    return QStringLiteral("Zbirke podatkov %1 ni mogoče odpreti ali prebrati: %2").arg(name, cause);
+}
+
+// Whether this process may change the file and make files beside it (a journal).
+bool CanWrite(const QString& fileName) {
+    return ::access(QFile::encodeName(fileName).constData(), W_OK) == 0 &&
+           ::access(QFile::encodeName(QFileInfo(fileName).absolutePath()).constData(), W_OK) == 0;
 }
 
 }  // namespace
@@ -92,29 +109,47 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
         return;
     }
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_qtName);
-    // An existing file is opened read-write without create: one that vanished meanwhile is
-    // not made anew.
     db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI"));
-    QUrl url = QUrl::fromLocalFile(QFileInfo(fileName).absoluteFilePath());
-    url.setQuery(expect == Expect::EmptyDatabase ? QStringLiteral("mode=rwc")
-                                                 : QStringLiteral("mode=rw"));
-    db.setDatabaseName(url.toString(QUrl::FullyEncoded));
-    if (!db.open()) {
-        Fail(DatabaseErrorText(db.lastError()));
+    const QString path = QFileInfo(fileName).absoluteFilePath();
+    // A new file is made; an existing one is never made anew (one that vanished meanwhile is
+    // not created). A file that cannot be written here (read-only media, a read-only folder, no
+    // write rights) is opened for reading: writes then fail with the library's message. A file
+    // left in write-ahead mode needs files beside it that cannot be made there; it is then read
+    // as it stands.
+    m_writable = expect == Expect::EmptyDatabase || CanWrite(path);
+    const QStringList modes = expect == Expect::EmptyDatabase ? QStringList{"mode=rwc"}
+                              : m_writable                    ? QStringList{"mode=rw"}
+                                           : QStringList{"mode=ro", "mode=ro&immutable=1"};
+    for (const QString& mode : modes) {
+        db.close();
+        QUrl url = QUrl::fromLocalFile(path);
+        url.setQuery(mode);
+        db.setDatabaseName(url.toString(QUrl::FullyEncoded));
+        if (!db.open()) {
+            m_lastError = CannotRead(fileName, DatabaseErrorText(db.lastError()));
+            continue;
+        }
+        if (sqlite3* handle = SqliteHandle(db)) {
+            SqliteExtensions::Register(handle);
+        }
+        m_lastError = Problem(expect, fileName);
+        if (m_lastError.isEmpty()) {
+            break;
+        }
+    }
+    if (!m_lastError.isEmpty()) {
+        Close();
         return;
     }
-    if (sqlite3* handle = SqliteHandle(db)) {
-        SqliteExtensions::Register(handle);
-    }
-    Check(expect, fileName);
-    // A database in use writes ahead into a log; a database being created stays in the plain
-    // journal mode, so that the finished file also opens where it cannot be written.
-    if (State() == adStateOpen && expect == Expect::MorvenaDatabase) {
+    // A database in use writes ahead into a log (and goes back to the plain journal when it is
+    // closed); a database being created stays in the plain journal mode. Either way the file
+    // as left also opens where it cannot be written.
+    if (m_writable && expect == Expect::MorvenaDatabase) {
         QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=WAL"));
         QSqlQuery(db).exec(QStringLiteral("PRAGMA synchronous=FULL"));
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA cache_size=-65536"));
         PlannerStatistics::Keep(SqliteHandle(db));
     }
+    QSqlQuery(db).exec(QStringLiteral("PRAGMA cache_size=-65536"));
 }
 
 void DbConnection::OpenServer(Expect expect) {
@@ -131,15 +166,21 @@ void DbConnection::OpenServer(Expect expect) {
         db.setPort(server.mid(separator + 1).toInt());
     }
     db.setDatabaseName(database);
-    db.setConnectOptions(QStringLiteral("connect_timeout=15"));
+    // A server that is lost while the program waits for it is noticed within 25 seconds: an
+    // idle connection is probed after 10 s of silence every 5 s, and data that the server does
+    // not acknowledge for 25 s ends the connection; the statement then fails on the error path.
+    db.setConnectOptions(
+        QStringLiteral("connect_timeout=15;keepalives=1;keepalives_idle=10;"
+                       "keepalives_interval=5;keepalives_count=3;"
+                       "tcp_user_timeout=25000"));
     if (!db.open(user, password)) {
-        Fail(DatabaseErrorText(db.lastError()));
+        Fail(CannotRead(database, DatabaseErrorText(db.lastError())));
         return;
     }
-    Check(expect, database);
+    Fail(Problem(expect, database));
 }
 
-QStringList DbConnection::TablesPresent() {
+QString DbConnection::Problem(Expect expect, const QString& name) {
     QSqlQuery query(Database());
     const QString sql = m_kind == FileDatabase
                             ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")
@@ -148,35 +189,35 @@ QStringList DbConnection::TablesPresent() {
                                   "WHERE table_schema = current_schema()");
     QStringList present;
     if (!query.exec(sql)) {
-        return {QStringLiteral("?")};  // not a database of this kind at all
+        // A file of another kind is no Morvena database; any other failure is one of reading.
+        const bool foreign = m_kind == FileDatabase &&
+                             (query.lastError().nativeErrorCode().toInt() & 0xff) == SQLITE_NOTADB;
+        return foreign ? NotMorvena(name) : CannotRead(name, DatabaseErrorText(query.lastError()));
     }
     while (query.next()) {
         present << query.value(0).toString().toLower();
     }
-    return present;
-}
-
-void DbConnection::Check(Expect expect, const QString& name) {
-    const QStringList present = TablesPresent();
     if (expect == Expect::EmptyDatabase) {
         // Tables of other programs may share a server database; none of the program's own.
-        for (const QString& table : Schema::TableNames() + QStringList{QStringLiteral("?")}) {
+        for (const QString& table : Schema::TableNames()) {
             if (present.contains(table.toLower())) {
-                Fail(QStringLiteral("Zbirka podatkov %1 ni prazna.").arg(name));
-                return;
+                return QStringLiteral("Zbirka podatkov %1 ni prazna.").arg(name);
             }
         }
-        return;
+        return QString();
     }
     for (const QString& table : Schema::TableNames()) {
         if (!present.contains(table.toLower())) {
-            Fail(QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name));
-            return;
+            return NotMorvena(name);
         }
     }
+    return QString();
 }
 
 void DbConnection::Fail(const QString& description) {
+    if (description.isEmpty()) {
+        return;
+    }
     if (m_lastError.isEmpty()) {
         m_lastError = description;
     }
@@ -188,8 +229,11 @@ void DbConnection::Close() {
         return;
     }
     QSqlDatabase db = QSqlDatabase::database(m_qtName, false);
-    if (m_kind == FileDatabase && db.isOpen()) {
+    if (m_kind == FileDatabase && db.isOpen() && m_writable) {
         QSqlQuery(db).exec(QStringLiteral("PRAGMA optimize"));  // keeps the statistics fresh
+        // Back to the plain journal (when no one else has the file open), so that the file
+        // opens for reading on read-only media too.
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=DELETE"));
     }
     db.close();
 }
@@ -207,7 +251,15 @@ QString DbConnection::DriverName() const {
 QSqlDatabase DbConnection::Database() const { return QSqlDatabase::database(m_qtName, false); }
 
 QString DbConnection::Translate(const QString& sql) const {
-    return m_kind == ServerDatabase ? SqlDialect::ToPostgres(sql) : sql;
+    const bool server = m_kind == ServerDatabase;
+    const QString text = server ? SqlDialect::ToPostgres(sql) : sql;
+    // Every text runs as one statement: a second one (typed into a name) never reaches the
+    // database, which would run it too.
+    if (!SingleStatement::IsSingle(
+            text, server ? SingleStatement::Lexer::PostgreSql : SingleStatement::Lexer::Sqlite)) {
+        throw AppError(0, DriverName(), SingleStatement::RefusedDescription());
+    }
+    return text;
 }
 
 QString BuildConnectionString(int kind, const QString& server, const QString& database,

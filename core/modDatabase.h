@@ -26,7 +26,8 @@ public:
     DbConnection& operator=(const DbConnection&) = delete;
 
     // Opens the connection to a Morvena database; a failure (a missing file, a file or database
-    // without the program's tables) leaves it closed with LastError() telling why.
+    // without the program's tables, one that cannot be opened or read) leaves it closed with
+    // LastError() telling why. A file that cannot be written here is opened for reading.
     void Open();
     // Opens a database that is to receive the schema: a new file (it must not exist yet) or an
     // existing server database without the program's tables.
@@ -39,21 +40,25 @@ public:
     // The database library's name, the source of its errors.
     QString DriverName() const;
     QSqlDatabase Database() const;
-    // The program's SQL as this database speaks it.
+    // The program's SQL as this database speaks it. A text that holds more than one statement
+    // raises an error with the driver's name as source, before anything reaches the database.
     QString Translate(const QString& sql) const;
 
 private:
     enum class Expect { MorvenaDatabase, EmptyDatabase };
     void OpenFile(const QString& fileName, Expect expect);
     void OpenServer(Expect expect);
-    QStringList TablesPresent();
-    void Check(Expect expect, const QString& name);
+    // Empty when the open database is what `expect` wants; otherwise why it is not: not a
+    // Morvena database, or a database that cannot be read (with the cause).
+    QString Problem(Expect expect, const QString& name);
+    // Closes the connection with the description (nothing happens for an empty one).
     void Fail(const QString& description);
 
     int m_kind;
     QString m_connectionString;
     QString m_qtName;
     QString m_lastError;
+    bool m_writable = true;  // a file opened for reading only is false
 };
 
 // The shared connection; absent until the first attempt to open one.

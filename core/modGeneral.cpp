@@ -1,10 +1,14 @@
 #include "core/modGeneral.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QStandardPaths>
 #include <QTreeWidget>
 #include <vector>
 
@@ -24,12 +28,56 @@ QString Password;
 qint32 DatabaseType = 1;
 qint32 lngLastID = -1;
 
-QString TemporaryFolder() {
-    QString folder = QDir::tempPath();
+namespace {
+
+QString WithoutFinalSeparators(QString folder) {
     while (folder.size() > 1 && folder.endsWith(QLatin1Char('/'))) {
         folder.chop(1);
     }
-    return folder.isEmpty() || folder == QLatin1String("/") ? QStringLiteral("/") : folder;
+    return folder;
+}
+
+// A real folder (not a link) of this user's that no one else may enter.
+bool IsPrivateFolder(const QString& folder) {
+    struct stat info {};
+    return ::lstat(QFile::encodeName(folder).constData(), &info) == 0 && S_ISDIR(info.st_mode) &&
+           info.st_uid == ::geteuid() && (info.st_mode & 077) == 0;
+}
+
+// Makes the folder with mode 0700 unless it is there (a folder of the user's own that others
+// may enter loses their rights); true when it is then private.
+bool MakePrivateFolder(const QString& folder) {
+    const QByteArray name = QFile::encodeName(folder);
+    ::mkdir(name.constData(), 0700);
+    struct stat info {};
+    if (::lstat(name.constData(), &info) == 0 && S_ISDIR(info.st_mode) &&
+        info.st_uid == ::geteuid() && (info.st_mode & 077) != 0) {
+        ::chmod(name.constData(), 0700);
+    }
+    return IsPrivateFolder(folder);
+}
+
+}  // namespace
+
+QString TemporaryFolder() {
+    const QString runtime = WithoutFinalSeparators(qEnvironmentVariable("XDG_RUNTIME_DIR"));
+    if (!runtime.isEmpty() && IsPrivateFolder(runtime)) {
+        return runtime;
+    }
+    QString shared = WithoutFinalSeparators(QDir::tempPath());
+    if (shared == QLatin1String("/")) {
+        shared.clear();
+    }
+    const QString own = shared + QStringLiteral("/morvena-%1").arg(::geteuid());
+    if (MakePrivateFolder(own)) {
+        return own;
+    }
+    // Someone else holds that name: the user's own cache folder instead.
+    const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    QDir().mkpath(cache);
+    const QString cached = cache + QStringLiteral("/morvena-tmp");
+    MakePrivateFolder(cached);
+    return cached;
 }
 
 QString DefaultTempFilename() { return TemporaryFolder() + QStringLiteral("/tmpRecipeDB.html"); }
@@ -56,9 +104,26 @@ void ReadSettings() {
     DatabaseType = GetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), 1, true);
 }
 
+void StoreInstallationValues() {
+    using namespace modRegistry;
+    for (const char* name :
+         {"ServerName", "DatabaseName", "TempFilename", "Username", "Password", "DatabaseType"}) {
+        if (RegistryValueExists(ProgramKey, QString::fromLatin1(name), true)) {
+            return;
+        }
+    }
+    SetRegistryString(ProgramKey, QStringLiteral("DatabaseName"), DatabaseName, true);
+    SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), TempFilename, true);
+    SetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), DatabaseType, true);
+    if (!RegistryValueExists(ProgramKey, QStringLiteral("InstallDir"), true)) {
+        SetRegistryString(ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
+    }
+}
+
 bool Main(const StartupWindows& windows) {
     return ErrorPath::Handle("modGeneral:Main->", [&] {
         ReadSettings();
+        StoreInstallationValues();
         if (!DatabaseName.isEmpty()) {
             modDatabase::OpenConnection();
         }

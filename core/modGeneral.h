@@ -29,7 +29,10 @@ constexpr int TwipsPerPixel = 15;
 // The item data role under which list entries and tree nodes keep their key ("G12", "I5").
 constexpr int KeyRole = Qt::UserRole + 1;
 
-// The system's temporary folder without its final separator ("/" when it has none).
+// The user's private temporary folder, without its final separator: $XDG_RUNTIME_DIR when it is
+// a folder of the user's that no one else may enter; otherwise "morvena-<uid>" in the system's
+// temporary folder, made with mode 0700 (or, when someone else holds that name, "morvena-tmp"
+// in the user's cache folder).
 QString TemporaryFolder();
 // Default path of the display file at start-up.
 QString DefaultTempFilename();
@@ -38,6 +41,11 @@ QString DefaultInstallDir();
 
 // Reads the settings values with their start-up defaults.
 void ReadSettings();
+// What the installation did on Windows: when the machine-wide store holds none of the
+// connection values, stores the start-up values read by ReadSettings (DatabaseName,
+// TempFilename, DatabaseType) and InstallDir, once, so that the settings dialog's cancel path
+// finds working values.
+void StoreInstallationValues();
 
 // The windows that Main shows, modally: the settings dialog only when no connection works;
 // then the main window.

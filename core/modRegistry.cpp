@@ -6,6 +6,20 @@
 #include "core/RegistryFile.h"
 
 namespace modRegistry {
+namespace {
+
+// Writes one value: only its line changes. A file that cannot be read is never replaced, and a
+// value already stored as given is not written again; either way the write is lost silently,
+// as a refused write is.
+void Store(bool machineWide, const QString& keyName, const RegistryFile::Value& value) {
+    const QString fileName = StoreFile(machineWide);
+    RegistryFile store = RegistryFile::Load(fileName);
+    if (store.Readable() && store.SetValue(keyName, value)) {
+        store.Save(fileName);
+    }
+}
+
+}  // namespace
 
 const QString ProgramKey = QStringLiteral("Software\\Orlessa\\Morvena");
 
@@ -21,6 +35,10 @@ QString StoreFolder() {
 QString StoreFile(bool machineWide) {
     return StoreFolder() +
            (machineWide ? QStringLiteral("/machine.reg") : QStringLiteral("/user.reg"));
+}
+
+bool RegistryValueExists(const QString& keyName, const QString& valueName, bool machineWide) {
+    return RegistryFile::Load(StoreFile(machineWide)).FindValue(keyName, valueName) != nullptr;
 }
 
 QString GetRegistryString(const QString& keyName, const QString& valueName,
@@ -42,9 +60,7 @@ void SetRegistryString(const QString& keyName, const QString& valueName, QString
         if (value.isEmpty()) {
             value = QString(QChar(0));
         }
-        RegistryFile store = RegistryFile::Load(StoreFile(machineWide));
-        store.SetValue(keyName, {valueName, RegistryFile::RegSz, value, 0});
-        store.Save(StoreFile(machineWide));
+        Store(machineWide, keyName, {valueName, RegistryFile::RegSz, value, 0});
     });
 }
 
@@ -63,10 +79,8 @@ qint32 GetRegistryLong(const QString& keyName, const QString& valueName, qint32 
 void SetRegistryLong(const QString& keyName, const QString& valueName, qint32 value,
                      bool machineWide) {
     ErrorPath::PassOn("modRegistry:SetRegistryLong", [&] {
-        RegistryFile store = RegistryFile::Load(StoreFile(machineWide));
-        store.SetValue(keyName,
-                       {valueName, RegistryFile::RegDword, QString(), static_cast<quint32>(value)});
-        store.Save(StoreFile(machineWide));
+        Store(machineWide, keyName,
+              {valueName, RegistryFile::RegDword, QString(), static_cast<quint32>(value)});
     });
 }
 

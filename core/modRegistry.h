@@ -16,6 +16,9 @@ QString StoreFolder();
 // The file of one root.
 QString StoreFile(bool machineWide);
 
+// True when the value is stored (of either kind) under the key.
+bool RegistryValueExists(const QString& keyName, const QString& valueName, bool machineWide);
+
 QString GetRegistryString(const QString& keyName, const QString& valueName,
                           const QString& defaultValue, bool machineWide);
 void SetRegistryString(const QString& keyName, const QString& valueName, QString value,

@@ -1,8 +1,11 @@
 #include "display/modDisplay.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <QFile>
 #include <cerrno>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "core/AppError.h"
@@ -164,24 +167,37 @@ QString GroupPage(qint32 groupID) {
 }
 
 void WriteDisplayFile(const QString& page) {
-    // Written beside the display file and then renamed over it: a reader sees the old page or
-    // the new one, never half a page, and a failure leaves the old page in place.
-    const QString partFile = modGeneral::TempFilename + QStringLiteral(".part");
-    QFile file(partFile);
-    const QByteArray bytes = Windows1250::Encode(page);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        file.write(bytes) != bytes.size() || !file.flush()) {
-        const QString reason = file.errorString();
-        file.close();
-        QFile::remove(partFile);
-        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(reason));
+    // Written into a new file of the owner's only, made beside the display file under a name
+    // that did not exist (nothing planted there is opened or followed), then renamed over the
+    // display file: a link planted at its name is replaced, never written through, and a reader
+    // sees the old page or the new one, never half a page. A failure leaves the old page.
+    const QByteArray target = QFile::encodeName(modGeneral::TempFilename);
+    QByteArray temporary = target + ".XXXXXX";
+    const auto fail = [&](int error) {
+        ::unlink(temporary.constData());
+        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1")
+                                 .arg(QString::fromLocal8Bit(std::strerror(error))));
+    };
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) {
+        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1")
+                                 .arg(QString::fromLocal8Bit(std::strerror(errno))));
     }
-    file.close();
-    if (std::rename(QFile::encodeName(partFile).constData(),
-                    QFile::encodeName(modGeneral::TempFilename).constData()) != 0) {
-        const QString reason = QString::fromLocal8Bit(std::strerror(errno));
-        QFile::remove(partFile);
-        ErrorPath::Raise(75, QStringLiteral("Path/File access error: %1").arg(reason));
+    const QByteArray bytes = Windows1250::Encode(page);
+    for (qsizetype done = 0; done < bytes.size();) {
+        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n <= 0) {
+            const int error = n < 0 ? errno : ENOSPC;
+            ::close(fd);
+            fail(error);
+        }
+        done += n;
+    }
+    if (::close(fd) != 0 || ::rename(temporary.constData(), target.constData()) != 0) {
+        fail(errno);
     }
 }
 

@@ -17,7 +17,8 @@ QString RecipePage(qint32 recipeID);
 QString TypePage(qint32 typeID);
 QString GroupPage(qint32 groupID);
 
-// Writes a page to the display file in one piece (beside it first, then in its place).
+// Writes a page to the display file in one piece: into a new owner-only file beside it, then
+// renamed into its place.
 void WriteDisplayFile(const QString& page);
 
 }  // namespace modDisplay

@@ -16,6 +16,7 @@
 
 #include "core/AppError.h"
 #include "core/Controls.h"
+#include "core/KeepSelection.h"
 #include "core/UiServices.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
@@ -120,6 +121,7 @@ void frmNew::BuildControls() {
         list->setSelectionMode(QAbstractItemView::SingleSelection);
         list->setEditTriggers(QAbstractItemView::NoEditTriggers);
         list->setExpandsOnDoubleClick(false);
+        KeepSelection::Apply(list);
     }
 
     // Layout: the header on top; below it the section list, the section frame and the

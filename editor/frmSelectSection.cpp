@@ -7,6 +7,7 @@
 
 #include "core/AppError.h"
 #include "core/Controls.h"
+#include "core/KeepSelection.h"
 #include "core/UiServices.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
@@ -34,6 +35,7 @@ frmSelectSection::frmSelectSection(frmNew* editor, QWidget* parent)
     tvSections->setSelectionMode(QAbstractItemView::SingleSelection);
     tvSections->setEditTriggers(QAbstractItemView::NoEditTriggers);
     tvSections->setExpandsOnDoubleClick(true);
+    KeepSelection::Apply(tvSections);
     tvSections->move(Pixels(TreeLeftTwips), Pixels(TreeTopTwips));
     cmdCancel = Controls::NewButton(this, QStringLiteral("cmdCancel"), QStringLiteral("Command1"));
     cmdCancel->setAutoDefault(false);

@@ -11,6 +11,7 @@
 
 #include "core/AppError.h"
 #include "core/Controls.h"
+#include "core/KeepSelection.h"
 #include "core/UiServices.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
@@ -54,6 +55,7 @@ frmEditList::frmEditList(QWidget* parent) : QDialog(parent) {
     lstRecords->setSelectionMode(QAbstractItemView::SingleSelection);
     lstRecords->setSelectionBehavior(QAbstractItemView::SelectRows);
     lstRecords->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    KeepSelection::Apply(lstRecords);
     cmdAdd = NewButton(this, QStringLiteral("cmdAdd"), QStringLiteral("Dodaj..."));
     cmdEdit = NewButton(this, QStringLiteral("cmdEdit"), QStringLiteral("Uredi..."));
     cmdDelete = NewButton(this, QStringLiteral("cmdDelete"), QStringLiteral("Izbriši"));

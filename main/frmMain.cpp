@@ -673,10 +673,10 @@ void frmMain::Form_Resize() {
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
     if (watched == imgSplitter) {
-        auto* mouse = static_cast<QMouseEvent*>(event);
         if (event->type() == QEvent::MouseButtonPress) {
             ErrorPath::Handle("frmMain:imgSplitter_MouseDown->", [&] { m_dragging = true; });
         } else if (event->type() == QEvent::MouseMove) {
+            const auto* mouse = static_cast<QMouseEvent*>(event);
             ErrorPath::Handle("frmMain:imgSplitter_MouseMove->", [&] {
                 if (m_dragging) {
                     MoveSplitter(m_splitterLeft + Twips(qRound(mouse->position().x())));

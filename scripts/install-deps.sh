@@ -8,7 +8,7 @@ packages=(
     qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-psql libqt6svg6 libgl-dev
     libsqlite3-dev sqlite3 libgumbo-dev qt6-translations-l10n
     postgresql-15 postgresql-contrib
-    xvfb xauth xdotool imagemagick poppler-utils fonts-dejavu-core xdg-utils
+    xvfb xauth xdotool imagemagick poppler-utils fonts-dejavu-core xdg-utils iproute2
 )
 
 missing=()

@@ -18,6 +18,7 @@
 
 #include "core/AppError.h"
 #include "core/Controls.h"
+#include "core/KeepSelection.h"
 #include "core/modDatabase.h"
 #include "core/modGeneral.h"
 #include "main/frmMain.h"
@@ -76,6 +77,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     frmCriteria->setObjectName(QStringLiteral("frmCriteria"));
     lstCriteria = NewListView(frmCriteria, QStringLiteral("lstCriteria"), {1300, 7150});
     lstCriteria->setAllColumnsShowFocus(true);
+    KeepSelection::Apply(lstCriteria);
     lblCondition = NewLabel(frmCriteria, QStringLiteral("lblCondition"),
                             QStringLiteral("Rezultati naj zadoščajo:"));
     cmbCondition = new QComboBox(frmCriteria);
@@ -94,9 +96,11 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
         NewLabel(frmField, QStringLiteral("lblAvailable"), QStringLiteral("Nabor vrednosti:"));
     lstAvailable = NewListView(frmField, QStringLiteral("lstAvailable"), {3900});
     lstAvailable->setUniformRowHeights(true);
+    KeepSelection::Apply(lstAvailable);
     lblSelected =
         NewLabel(frmField, QStringLiteral("lblSelected"), QStringLiteral("Iskane vrednosti:"));
     lstSelected = NewListView(frmField, QStringLiteral("lstSelected"), {3900});
+    KeepSelection::Apply(lstSelected);
     cmdAdd = NewButton(frmField, QStringLiteral("cmdAdd"), QStringLiteral("Dodaj"));
     cmdDelete = NewButton(frmField, QStringLiteral("cmdDelete"), QStringLiteral("Odstrani"));
     cmdFind = NewButton(frmField, QStringLiteral("cmdFind"), QStringLiteral("Išči"));
@@ -113,6 +117,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
                                        Controls::FitPixels(lstResults, QStringLiteral("999999"))));
     lstResults->setUniformRowHeights(true);
     lstResults->setAllColumnsShowFocus(true);
+    KeepSelection::Apply(lstResults);
     lstResults->setSortingEnabled(false);
     lstResults->header()->setSortIndicatorShown(false);
     lstResults->header()->setSectionsClickable(true);
@@ -194,7 +199,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
 }
 
 // A double click anywhere in the offered values or the results is the list's double click; the
-// handler works on the entry that the press selected (none on empty space).
+// handler works on the selected entry (on empty space, the one selected before).
 bool frmFind::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonDblClick &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {

@@ -1,5 +1,7 @@
 // The shared helpers of the windows: text checks, selecting entries of lists and trees, the
 // error log and the error path, opening documents, the mouse pointer and the start-up settings.
+#include <unistd.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
@@ -548,35 +550,48 @@ private Q_SLOTS:
 
     // The display file
 
+    // The user's private temporary folder: $XDG_RUNTIME_DIR when it is private to the user.
     void temporaryFolderAndDisplayFile() {
-        QString folder = QDir::tempPath();
-        while (folder.endsWith(QLatin1Char('/'))) {
-            folder.chop(1);
-        }
-        QVERIFY(!folder.isEmpty());
-        QCOMPARE(TemporaryFolder(), folder);
-        QCOMPARE(DefaultTempFilename(), folder + QStringLiteral("/tmpRecipeDB.html"));
-    }
-
-    void temporaryFolderFromTheEnvironment() {
-        const QByteArray saved = qgetenv("TMPDIR");
-        const bool wasSet = qEnvironmentVariableIsSet("TMPDIR");
-        const QString custom = TestDatabase::WorkFolder() + QStringLiteral("/my temp");
-        QVERIFY(QDir().mkpath(custom));
-        qputenv("TMPDIR", QFile::encodeName(custom + QStringLiteral("/")));
+        const QString runtime = TestDatabase::WorkFolder() + QStringLiteral("/run");
+        QVERIFY(QDir().mkpath(runtime));
+        QVERIFY(QFile::setPermissions(
+            runtime, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner));
+        const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime + QStringLiteral("/")));
         const QString folder = TemporaryFolder();
         const QString file = DefaultTempFilename();
-        qputenv("TMPDIR", QFile::encodeName(QStringLiteral("/")));
-        const QString rootFile = DefaultTempFilename();
-        if (wasSet) {
-            qputenv("TMPDIR", saved);
-        } else {
-            qunsetenv("TMPDIR");
-        }
-        QCOMPARE(folder, QFileInfo(custom).canonicalFilePath());
-        QCOMPARE(file, QFileInfo(custom).canonicalFilePath() + QStringLiteral("/tmpRecipeDB.html"));
-        // The root as temporary folder deliberately gives a doubled separator.
-        QCOMPARE(rootFile, QStringLiteral("//tmpRecipeDB.html"));
+        qputenv("XDG_RUNTIME_DIR", saved);
+        QCOMPARE(folder, runtime);
+        QCOMPARE(file, runtime + QStringLiteral("/tmpRecipeDB.html"));
+    }
+
+    // Without a private $XDG_RUNTIME_DIR: a folder of the user's own, mode 0700, in the system's
+    // temporary folder.
+    void temporaryFolderFromTheEnvironment() {
+        const QByteArray savedTmp = qgetenv("TMPDIR");
+        const QByteArray savedRuntime = qgetenv("XDG_RUNTIME_DIR");
+        const QString custom = TestDatabase::WorkFolder() + QStringLiteral("/my temp");
+        const QString open = TestDatabase::WorkFolder() + QStringLiteral("/open run");
+        QVERIFY(QDir().mkpath(custom));
+        QVERIFY(QDir().mkpath(open));
+        QVERIFY(QFile::setPermissions(open, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                QFileDevice::ExeOwner | QFileDevice::ReadOther |
+                                                QFileDevice::ExeOther));
+        qputenv("TMPDIR", QFile::encodeName(custom + QStringLiteral("/")));
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(open));
+        const QString folder = TemporaryFolder();
+        const QString file = DefaultTempFilename();
+        qunsetenv("XDG_RUNTIME_DIR");
+        const QString withoutRuntime = TemporaryFolder();
+        qputenv("TMPDIR", savedTmp);
+        qputenv("XDG_RUNTIME_DIR", savedRuntime);
+        const QString own =
+            QFileInfo(custom).canonicalFilePath() + QStringLiteral("/morvena-%1").arg(::geteuid());
+        QCOMPARE(folder, own);
+        QCOMPARE(withoutRuntime, own);
+        QCOMPARE(file, own + QStringLiteral("/tmpRecipeDB.html"));
+        QCOMPARE(QFile::permissions(own) & QFileDevice::Permissions(0x7077),
+                 QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
 
     // The start-up settings

@@ -1,11 +1,15 @@
 // The settings store: the two roots and their files, the file format, the rules for reading
 // (default values, names without case, damaged files) and for writing (atomic, owner only).
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTest>
 #include <climits>
+#include <functional>
 
 #include "core/modRegistry.h"
 #include "tests/support/TestDatabase.h"
@@ -61,6 +65,63 @@ QStringList ValueLines(bool machineWide, const QString& name) {
 }
 
 QString WithNul(const QString& before, const QString& after) { return before + QChar(0) + after; }
+
+// The file's identity: a file replaced by a new one has another inode.
+ino_t Inode(const QString& fileName) {
+    struct stat info {};
+    return ::stat(QFile::encodeName(fileName).constData(), &info) == 0 ? info.st_ino : 0;
+}
+
+// A file of the user's, as the user edited it: a comment, blank lines, an unknown key, lines
+// that cannot be read (an unterminated text, an odd hex value) and a password in windows-1250.
+const QByteArray UsersFile =
+    "Windows Registry Editor Version 5.00\r\n"
+    "\r\n"
+    "; my settings, do not lose\r\n"
+    "[Software\\Orlessa\\Morvena]\r\n"
+    "\"DatabaseName\"=\"/home/cook/Recepti.db\"\r\n"
+    "# the old server:  \r\n"
+    "\"Password\"=\"broken\r\n"
+    "\"Odd\"=hex(1):41,00,42\r\n"
+    "\"Username\"=\"kuharica\"\r\n"
+    "\"Password\"=\"\x9a\xe8\x9e \x8a\xc8\x8e\"\r\n"
+    "\"InstallDir\"=\"/opt/morvena\"\r\n"
+    "\r\n"
+    "[Software\\Someone\\Else]\r\n"
+    "\"Mine\"=dword:00000007\r\n"
+    "\r\n";
+
+// Runs `body` as a user that may write the store's folder but not read `fileName` (mode 0200,
+// owned by that user); as root, in a child process with the rights of "nobody".
+void AsUserWhoCannotRead(const QString& fileName, const std::function<void()>& body) {
+    if (::geteuid() != 0) {
+        QVERIFY(::chmod(QFile::encodeName(fileName).constData(), S_IWUSR) == 0);
+        body();
+        ::chmod(QFile::encodeName(fileName).constData(), S_IRUSR | S_IWUSR);
+        return;
+    }
+    const uid_t nobody = 65534;
+    const QByteArray folder = QFile::encodeName(QFileInfo(fileName).absolutePath());
+    QVERIFY(::chmod(QFile::encodeName(TestDatabase::WorkFolder()).constData(), 0711) == 0);
+    QVERIFY(::chown(folder.constData(), nobody, nobody) == 0);
+    QVERIFY(::chown(QFile::encodeName(fileName).constData(), nobody, nobody) == 0);
+    QVERIFY(::chmod(QFile::encodeName(fileName).constData(), S_IWUSR) == 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool dropped = ::setgid(nobody) == 0 && ::setuid(nobody) == 0;
+        if (dropped) {
+            body();
+        }
+        ::_exit(dropped ? 0 : 3);
+    }
+    int status = 0;
+    QVERIFY(::waitpid(child, &status, 0) == child);
+    QCOMPARE(WEXITSTATUS(status), 0);
+    ::chown(folder.constData(), 0, 0);
+    ::chown(QFile::encodeName(fileName).constData(), 0, 0);
+    ::chmod(QFile::encodeName(fileName).constData(), S_IRUSR | S_IWUSR);
+    ::chmod(QFile::encodeName(TestDatabase::WorkFolder()).constData(), 0700);
+}
 
 }  // namespace
 
@@ -496,18 +557,111 @@ private Q_SLOTS:
         QCOMPARE(GetRegistryString(ProgramKey, QStringLiteral("Hex"), QString(), false),
                  QStringLiteral("Hi"));
 
-        // Written back as the same key, with single backslashes.
+        // The new value joins the same key; every line already there stays as written.
         SetRegistryString(ProgramKey, QStringLiteral("ServerName"), QStringLiteral("db"), false);
-        const QStringList expected{
-            Header,
-            QString(),
-            QStringLiteral("[Software\\Orlessa\\Morvena]"),
-            QStringLiteral("\"DatabaseName\"=\"/srv/Recepti.db\""),
-            QStringLiteral("\"DatabaseType\"=dword:00000002"),
-            QStringLiteral("\"Hex\"=hex(1):48,00,69,00,00,00"),
-            QStringLiteral("\"ServerName\"=\"db\""),
-        };
-        QCOMPARE(FileLines(false), expected);
+        QCOMPARE(ReadBytes(StoreFile(false)), QByteArray("Windows Registry Editor Version 5.00\r\n"
+                                                         "\r\n"
+                                                         "[Software\\\\Orlessa\\\\Morvena]\r\n"
+                                                         "\"DatabaseName\"=\"/srv/Recepti.db\"\r\n"
+                                                         "\"DatabaseType\"=dword:00000002\r\n"
+                                                         "\"Hex\"=hex(1):48,00,69,00,00,00\r\n"
+                                                         "\"ServerName\"=\"db\"\r\n"));
+    }
+
+    void writeChangesOnlyTheLineOfItsValue() {
+        WriteBytes(StoreFile(true), UsersFile);
+        SetRegistryString(ProgramKey, QStringLiteral("databasename"), QStringLiteral("/srv/b.db"),
+                          true);
+        QByteArray expected = UsersFile;
+        expected.replace("\"DatabaseName\"=\"/home/cook/Recepti.db\"",
+                         "\"DatabaseName\"=\"/srv/b.db\"");
+        QCOMPARE(ReadBytes(StoreFile(true)), expected);
+
+        // A new value goes to the end of its key, with the file's own line end.
+        SetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), 2, true);
+        expected.replace("\"InstallDir\"=\"/opt/morvena\"\r\n",
+                         "\"InstallDir\"=\"/opt/morvena\"\r\n\"DatabaseType\"=dword:00000002\r\n");
+        QCOMPARE(ReadBytes(StoreFile(true)), expected);
+
+        // A new key goes to the end of the file.
+        SetRegistryLong(OtherKey, QStringLiteral("Left"), 31, true);
+        expected += "\r\n[Software\\Orlessa\\Morvena\\Windows]\r\n\"Left\"=dword:0000001f\r\n";
+        QCOMPARE(ReadBytes(StoreFile(true)), expected);
+    }
+
+    void linesThatCannotBeReadStayAndReadAsDefault() {
+        WriteBytes(StoreFile(true), UsersFile);
+        QCOMPARE(GetRegistryString(ProgramKey, QStringLiteral("Odd"), QStringLiteral("dflt"), true),
+                 QStringLiteral("dflt"));
+        // The readable password line comes later and counts.
+        SetRegistryString(ProgramKey, QStringLiteral("Username"), QStringLiteral("ana"), true);
+        QVERIFY(ReadBytes(StoreFile(true)).contains("\"Password\"=\"broken\r\n"));
+        QVERIFY(ReadBytes(StoreFile(true)).contains("\"Odd\"=hex(1):41,00,42\r\n"));
+    }
+
+    void bytesThatAreNotUtf8ComeBackUnchanged() {
+        WriteBytes(StoreFile(true), UsersFile);
+        const QString password =
+            GetRegistryString(ProgramKey, QStringLiteral("Password"), QString(), true);
+        QVERIFY(!password.isEmpty());
+        QVERIFY(!password.contains(QChar::ReplacementCharacter));
+        // Stored again as read (the settings dialog's "Potrdi" does so): nothing changes.
+        const ino_t before = Inode(StoreFile(true));
+        SetRegistryString(ProgramKey, QStringLiteral("Password"), password, true);
+        QCOMPARE(Inode(StoreFile(true)), before);
+        // Changed and put back: the same bytes as at first.
+        SetRegistryString(ProgramKey, QStringLiteral("Password"), QStringLiteral("x"), true);
+        QVERIFY(Inode(StoreFile(true)) != before);
+        SetRegistryString(ProgramKey, QStringLiteral("Password"), password, true);
+        QCOMPARE(ReadBytes(StoreFile(true)), UsersFile);
+    }
+
+    void valueStoredAsGivenIsNotWrittenAgain() {
+        SetRegistryLong(ProgramKey, QStringLiteral("SplitterPosition"), 2400, true);
+        SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), QString(), true);
+        const ino_t before = Inode(StoreFile(true));
+        QVERIFY(before != 0);
+        SetRegistryLong(ProgramKey, QStringLiteral("splitterposition"), 2400, true);
+        SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), QString(), true);
+        QCOMPARE(Inode(StoreFile(true)), before);
+        SetRegistryLong(ProgramKey, QStringLiteral("SplitterPosition"), 2415, true);
+        QVERIFY(Inode(StoreFile(true)) != before);
+        QCOMPARE(GetRegistryLong(ProgramKey, QStringLiteral("SplitterPosition"), 0, true), 2415);
+    }
+
+    void fileThatCannotBeReadIsNeverReplaced() {
+        WriteBytes(StoreFile(true), UsersFile);
+        AsUserWhoCannotRead(StoreFile(true), [] {
+            SetRegistryLong(ProgramKey, QStringLiteral("WindowWidth"), 9000, true);
+            SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), QStringLiteral("/t"),
+                              true);
+        });
+        QCOMPARE(ReadBytes(StoreFile(true)), UsersFile);
+
+        // The same user writes a file it can read: the write is not refused for other reasons.
+        QVERIFY(::chmod(QFile::encodeName(StoreFile(true)).constData(), S_IRUSR | S_IWUSR) == 0);
+        if (::geteuid() == 0) {
+            const QByteArray folder = QFile::encodeName(ConfigFolder());
+            QVERIFY(::chmod(QFile::encodeName(TestDatabase::WorkFolder()).constData(), 0711) == 0);
+            QVERIFY(::chown(folder.constData(), 65534, 65534) == 0);
+            QVERIFY(::chown(QFile::encodeName(StoreFile(true)).constData(), 65534, 65534) == 0);
+            const pid_t child = ::fork();
+            if (child == 0) {
+                const bool dropped = ::setgid(65534) == 0 && ::setuid(65534) == 0;
+                if (dropped) {
+                    SetRegistryLong(ProgramKey, QStringLiteral("WindowWidth"), 9000, true);
+                }
+                ::_exit(dropped ? 0 : 3);
+            }
+            int status = 0;
+            QVERIFY(::waitpid(child, &status, 0) == child);
+            QCOMPARE(WEXITSTATUS(status), 0);
+            ::chown(folder.constData(), 0, 0);
+            ::chmod(QFile::encodeName(TestDatabase::WorkFolder()).constData(), 0700);
+        } else {
+            SetRegistryLong(ProgramKey, QStringLiteral("WindowWidth"), 9000, true);
+        }
+        QVERIFY(ReadBytes(StoreFile(true)).contains("\"WindowWidth\"=dword:00002328\r\n"));
     }
 
     void valuesAfterADamagedKeyLineStayOutOfTheKeyBefore() {

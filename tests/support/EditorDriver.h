@@ -82,7 +82,9 @@ inline int ShowEditor(qint32 recipeID, const std::function<void(frmNew*)>& drive
 inline void WhenModal(const char* name, const std::function<void(QWidget*)>& act) {
     const QString expected = QString::fromLatin1(name);
     auto attempts = std::make_shared<int>(0);
+    // The poll holds itself only weakly; each queued attempt holds it, so it goes with the last.
     auto poll = std::make_shared<std::function<void()>>();
+    const std::weak_ptr<std::function<void()>> self = poll;
     *poll = [=] {
         QWidget* modal = QApplication::activeModalWidget();
         if (modal && modal->objectName() == expected) {
@@ -91,13 +93,15 @@ inline void WhenModal(const char* name, const std::function<void(QWidget*)>& act
                 dialog->done(ClosedByTest);
             }
         } else if (++*attempts < 200) {
-            QTimer::singleShot(10, *poll);
+            if (const auto again = self.lock()) {
+                QTimer::singleShot(10, [again] { (*again)(); });
+            }
         } else {
             QTest::qFail(qPrintable(QStringLiteral("%1 was not shown").arg(expected)), __FILE__,
                          __LINE__);
         }
     };
-    QTimer::singleShot(0, *poll);
+    QTimer::singleShot(0, [poll] { (*poll)(); });
 }
 
 inline QStringList EntryTexts(const QTreeWidget* list, int column = 0) {
