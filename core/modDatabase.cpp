@@ -88,6 +88,11 @@ void DbConnection::Open() {
     }
 }
 
+void DbConnection::OpenForReading() {
+    m_readOnly = true;
+    Open();
+}
+
 void DbConnection::OpenEmpty() {
     m_lastError.clear();
     if (m_kind == FileDatabase) {
@@ -116,7 +121,7 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
     // write rights) is opened for reading: writes then fail with the library's message. A file
     // left in write-ahead mode needs files beside it that cannot be made there; it is then read
     // as it stands.
-    m_writable = expect == Expect::EmptyDatabase || CanWrite(path);
+    m_writable = expect == Expect::EmptyDatabase || (!m_readOnly && CanWrite(path));
     const QStringList modes = expect == Expect::EmptyDatabase ? QStringList{"mode=rwc"}
                               : m_writable                    ? QStringList{"mode=rw"}
                                            : QStringList{"mode=ro", "mode=ro&immutable=1"};

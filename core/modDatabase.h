@@ -32,6 +32,9 @@ public:
     // Opens a database that is to receive the schema: a new file (it must not exist yet) or an
     // existing server database without the program's tables.
     void OpenEmpty();
+    // Opens a Morvena database to be read and left exactly as it is: a file is opened read-only
+    // and keeps its journal mode and statistics.
+    void OpenForReading();
     void Close();
     int State() const;
     int Kind() const { return m_kind; }
@@ -58,7 +61,8 @@ private:
     QString m_connectionString;
     QString m_qtName;
     QString m_lastError;
-    bool m_writable = true;  // a file opened for reading only is false
+    bool m_writable = true;   // a file opened for reading only is false
+    bool m_readOnly = false;  // opened with OpenForReading
 };
 
 // The shared connection; absent until the first attempt to open one.

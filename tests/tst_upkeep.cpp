@@ -69,10 +69,10 @@ QString CheckLines(const QString& kind, const QStringList& counts, const QString
 // A child process that saves recipes through the editor until it is killed.
 class SaveLoop {
 public:
-    explicit SaveLoop(const QString& database, quint32 seed) {
+    explicit SaveLoop(const QString& database, quint32 choices) {
         m_process.setWorkingDirectory(TestDatabase::WorkFolder());
         m_process.start(qEnvironmentVariable("MORVENA_SAVELOOP"),
-                        {database, QStringLiteral("--seed"), QString::number(seed)});
+                        {database, QStringLiteral("--random"), QString::number(choices)});
     }
     ~SaveLoop() { Kill(); }
 

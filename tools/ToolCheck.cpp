@@ -47,8 +47,9 @@ int Check(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     if (!address) {
         return ToolSupport::Usage(err, problem);
     }
+    // The collection is examined as it lies; it is opened for writing only to be repaired.
     auto connection = DatabaseAddress::Connection(*address);
-    connection->Open();
+    connection->OpenForReading();
     if (connection->State() != modDatabase::adStateOpen) {
         return ToolSupport::Failure(err, connection->LastError());
     }
@@ -66,6 +67,11 @@ int Check(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         if (repair && damaged) {
             out << QStringLiteral("Datoteka je poškodovana, zato ni popravljeno nič.") << Qt::endl;
         } else if (repair && !report.Clean()) {
+            connection = DatabaseAddress::Connection(*address);
+            connection->Open();
+            if (connection->State() != modDatabase::adStateOpen) {
+                return ToolSupport::Failure(err, connection->LastError());
+            }
             for (const CollectionCheck::Finding& deleted : CollectionCheck::Repair(*connection)) {
                 out << Line(deleted) << Qt::endl;
             }
