@@ -16,14 +16,17 @@ const QString KeeperName = QStringLiteral("pageWidthKeeper");
 // Keeps the page's lists fitted to the width of the view when the view changes its size.
 class WidthKeeper : public QObject {
 public:
-    explicit WidthKeeper(QTextBrowser* view) : QObject(view), m_view(view) {
+    explicit WidthKeeper(QTextBrowser* view)
+        : QObject(view), m_view(view), m_viewport(view->viewport()) {
         setObjectName(KeeperName);
-        view->viewport()->installEventFilter(this);
+        m_viewport->installEventFilter(this);
     }
 
 protected:
+    // The viewport is compared by pointer only: its events also come while the view is being
+    // destroyed.
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (watched == m_view->viewport() && event->type() == QEvent::Resize) {
+        if (watched == m_viewport && event->type() == QEvent::Resize) {
             PageDocument::FitWidth(*m_view->document(),
                                    static_cast<QResizeEvent*>(event)->size().width());
         }
@@ -32,6 +35,7 @@ protected:
 
 private:
     QTextBrowser* m_view;
+    QObject* m_viewport;
 };
 
 }  // namespace

@@ -9,31 +9,14 @@
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "tests/support/TestDatabase.h"
+#include "tests/support/ToolRun.h"
+
+using ToolRun::FileBytes;
+using ToolRun::Result;
+using ToolRun::Tool;
+using ToolRun::Work;
 
 namespace {
-
-struct Result {
-    int exitCode;
-    QString out;
-    QString err;
-};
-
-Result Tool(const QStringList& arguments) {
-    QProcess process;
-    process.start(qEnvironmentVariable("MORVENA_TOOL"), arguments);
-    if (!process.waitForFinished(300000)) {
-        qFatal("morvena-tool did not finish");
-    }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
-
-QString Work(const QString& name) { return TestDatabase::WorkFolder() + QLatin1Char('/') + name; }
-
-QByteArray FileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QStringList Server() {
     return {QStringLiteral("--server"),   TestDatabase::PostgresServer(),

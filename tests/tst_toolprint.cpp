@@ -13,26 +13,15 @@
 #include "display/modDisplay.h"
 #include "main/PagePrinter.h"
 #include "tests/support/TestDatabase.h"
+#include "tests/support/ToolRun.h"
+
+using ToolRun::Result;
+using ToolRun::Tool;
+using ToolRun::Work;
 
 namespace {
 
 QString U(const char* utf8) { return QString::fromUtf8(utf8); }
-
-struct Result {
-    int exitCode;
-    QString err;
-};
-
-Result Tool(const QStringList& arguments) {
-    QProcess process;
-    process.start(qEnvironmentVariable("MORVENA_TOOL"), arguments);
-    if (!process.waitForFinished(300000)) {
-        qFatal("morvena-tool did not finish");
-    }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardError())};
-}
-
-QString Work(const QString& name) { return TestDatabase::WorkFolder() + QLatin1Char('/') + name; }
 
 QString Output(const QString& program, const QStringList& arguments) {
     QProcess process;

@@ -19,6 +19,12 @@
 namespace ToolCommands {
 namespace {
 
+using ToolSupport::Arguments;
+using ToolSupport::ErrorText;
+using ToolSupport::Failure;
+using ToolSupport::Parse;
+using ToolSupport::Usage;
+
 const char* const HelpText =
     "Uporaba: morvena-tool UKAZ [MOŽNOSTI]\n"
     "\n"
@@ -95,51 +101,6 @@ const char* const HelpText =
     "\n"
     "Izhodna koda: 0 uspeh, 1 zbirke ni bilo mogoče odpreti ali delo ni uspelo, 2 napačni "
     "argumenti,\n3 check je našel napake (tudi če jih je --repair popravil).\n";
-
-struct Arguments {
-    QStringList positional;
-    QMap<QString, QString> options;  // "--name" -> value
-    bool sample = false;
-};
-
-// Splits the arguments; options with a value are listed in `valued`.
-std::optional<Arguments> Parse(const QStringList& arguments, const QStringList& valued,
-                               QString& problem) {
-    Arguments parsed;
-    for (int i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (argument == QLatin1String("--sample")) {
-            parsed.sample = true;
-        } else if (valued.contains(argument)) {
-            if (i + 1 >= arguments.size()) {
-                problem = QStringLiteral("Možnost %1 potrebuje vrednost.").arg(argument);
-                return std::nullopt;
-            }
-            parsed.options.insert(argument, arguments[++i]);
-        } else if (argument.startsWith(QLatin1String("--"))) {
-            problem = QStringLiteral("Neznana možnost: %1").arg(argument);
-            return std::nullopt;
-        } else {
-            parsed.positional << argument;
-        }
-    }
-    return parsed;
-}
-
-int Usage(QTextStream& err, const QString& problem) {
-    err << problem << " (morvena-tool --help)" << Qt::endl;
-    return BadArguments;
-}
-
-int Failure(QTextStream& err, const QString& message) {
-    err << message << Qt::endl;
-    return Failed;
-}
-
-QString ErrorText() {
-    const AppError error = ErrorPath::Current();
-    return error.Source() + QStringLiteral("->") + error.Description();
-}
 
 // The empty database named by the arguments: a new file, or an empty database on a server
 // (--server with --database, or --database with a URI). A URI that cannot be read gives

@@ -22,42 +22,23 @@ using ToolCommands::BadArguments;
 using ToolCommands::Done;
 using ToolCommands::Failed;
 
-struct Arguments {
-    QStringList positional;
-    QMap<QString, QString> options;
-};
+using ToolSupport::Arguments;
+using ToolSupport::ErrorText;
+using ToolSupport::Usage;
 
-std::optional<Arguments> Parse(const QStringList& arguments, const QStringList& valued,
-                               QTextStream& err) {
-    Arguments parsed;
-    for (int i = 1; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (valued.contains(argument)) {
-            if (i + 1 >= arguments.size()) {
-                err << QStringLiteral("Možnost %1 potrebuje vrednost.").arg(argument)
-                    << " (morvena-tool --help)" << Qt::endl;
-                return std::nullopt;
-            }
-            parsed.options.insert(argument, arguments[++i]);
-        } else if (argument.startsWith(QLatin1String("--"))) {
-            err << QStringLiteral("Neznana možnost: %1").arg(argument) << " (morvena-tool --help)"
-                << Qt::endl;
-            return std::nullopt;
-        } else {
-            parsed.positional << argument;
-        }
+// The command's arguments after its name; --sample belongs to no printing command.
+std::optional<Arguments> PrintArguments(const QStringList& arguments, const QStringList& valued,
+                                        QTextStream& err) {
+    QString problem;
+    auto args = ToolSupport::Parse(arguments.mid(1), valued, problem);
+    if (args && args->sample) {
+        problem = QStringLiteral("Neznana možnost: --sample");
+        args.reset();
     }
-    return parsed;
-}
-
-int Usage(QTextStream& err, const QString& problem) {
-    err << problem << " (morvena-tool --help)" << Qt::endl;
-    return BadArguments;
-}
-
-QString ErrorText() {
-    const AppError error = ErrorPath::Current();
-    return error.Source() + QStringLiteral("->") + error.Description();
+    if (!args) {
+        Usage(err, problem);
+    }
+    return args;
 }
 
 // The paper named by --paper: A4 unless "letter"; nullopt for anything else.
@@ -120,7 +101,7 @@ void AddGroup(qint32 groupID, QList<QByteArray>& pages, int& recipes) {
 }  // namespace
 
 int Print(const QStringList& arguments, QTextStream& err) {
-    const auto args = Parse(arguments, {"--pdf", "--paper", "--database"}, err);
+    const auto args = PrintArguments(arguments, {"--pdf", "--paper", "--database"}, err);
     if (!args) {
         return BadArguments;
     }
@@ -151,7 +132,7 @@ int Print(const QStringList& arguments, QTextStream& err) {
 
 int Book(const QStringList& arguments, QTextStream& err) {
     const auto args =
-        Parse(arguments, {"--pdf", "--paper", "--database", "--group", "--type"}, err);
+        PrintArguments(arguments, {"--pdf", "--paper", "--database", "--group", "--type"}, err);
     if (!args) {
         return BadArguments;
     }

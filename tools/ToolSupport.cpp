@@ -8,6 +8,29 @@
 
 namespace ToolSupport {
 
+std::optional<Arguments> Parse(const QStringList& arguments, const QStringList& valued,
+                               QString& problem) {
+    Arguments parsed;
+    for (int i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (argument == QLatin1String("--sample")) {
+            parsed.sample = true;
+        } else if (valued.contains(argument)) {
+            if (i + 1 >= arguments.size()) {
+                problem = QStringLiteral("Možnost %1 potrebuje vrednost.").arg(argument);
+                return std::nullopt;
+            }
+            parsed.options.insert(argument, arguments[++i]);
+        } else if (argument.startsWith(QLatin1String("--"))) {
+            problem = QStringLiteral("Neznana možnost: %1").arg(argument);
+            return std::nullopt;
+        } else {
+            parsed.positional << argument;
+        }
+    }
+    return parsed;
+}
+
 int Usage(QTextStream& err, const QString& problem) {
     err << problem << " (morvena-tool --help)" << Qt::endl;
     return ToolCommands::BadArguments;

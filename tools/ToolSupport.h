@@ -2,12 +2,25 @@
 
 #include <QMap>
 #include <QString>
+#include <QStringList>
 #include <QTextStream>
 #include <optional>
 
 // What the commands of morvena-tool share: the one-line messages and their exit codes, and the
 // use of a database named with --database (a file or a PostgreSQL URI).
 namespace ToolSupport {
+
+// A command's arguments: the words in their order and the options with their values.
+struct Arguments {
+    QStringList positional;
+    QMap<QString, QString> options;  // "--name" -> value
+    bool sample = false;
+};
+
+// Splits the arguments; options with a value are listed in `valued`. A bad option gives
+// nullopt with the reason in `problem`.
+std::optional<Arguments> Parse(const QStringList& arguments, const QStringList& valued,
+                               QString& problem);
 
 // A bad argument: the message and a pointer to the help; exit code 2.
 int Usage(QTextStream& err, const QString& problem);

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+// Running morvena-tool (the path in MORVENA_TOOL) as a user would, and the files it leaves in
+// the tests' private folder.
+namespace ToolRun {
+
+struct Result {
+    int exitCode;
+    QString out;
+    QString err;
+};
+
+// Runs the tool with the arguments and waits for it to end.
+Result Tool(const QStringList& arguments);
+// A file in the tests' private folder.
+QString Work(const QString& name);
+// A file's bytes (empty when it cannot be read).
+QByteArray FileBytes(const QString& path);
+
+}  // namespace ToolRun
