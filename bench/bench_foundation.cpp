@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "bench/support/BenchSupport.h"
+#include "bench/support/SqliteFloor.h"
 #include "core/AppError.h"
 #include "core/Recordset.h"
 #include "core/Schema.h"
@@ -125,40 +126,20 @@ Pass CatalogueThroughRecordset() {
 
 // ---- the floor: the sqlite3 C API --------------------------------------------------------------
 
-class SqliteFloor {
+// The catalogue statements through the sqlite3 C API.
+class CatalogueFloor {
 public:
-    SqliteFloor(const QString& fileName, bool programFunctions) {
-        const QByteArray path = QFile::encodeName(fileName);
-        if (sqlite3_open_v2(path.constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
-            m_error = QString::fromUtf8(sqlite3_errmsg(m_db));
-            return;
-        }
-        if (programFunctions) {
-            SqliteExtensions::Register(m_db);
-        }
-        // the same page cache as the program's own connections
-        sqlite3_exec(m_db, "PRAGMA cache_size=-65536", nullptr, nullptr, nullptr);
-    }
-    ~SqliteFloor() { sqlite3_close_v2(m_db); }
-    SqliteFloor(const SqliteFloor&) = delete;
-    SqliteFloor& operator=(const SqliteFloor&) = delete;
+    CatalogueFloor(const QString& fileName, bool programFunctions)
+        : m_floor(fileName, programFunctions) {}
 
-    const QString& Error() const { return m_error; }
+    const QString& Error() const { return m_floor.Error(); }
 
     // Runs one statement; every column is read: the key (column 0) with sqlite3_column_int,
     // other integers with sqlite3_column_int64, text into a QString (UTF-8 decoded). The
     // column `textColumn` is the name or title the tree shows.
     void Query(const QByteArray& sql, int textColumn, Pass& pass, std::vector<qint32>* keys) {
-        sqlite3_stmt* statement = nullptr;
-        if (sqlite3_prepare_v2(m_db, sql.constData(), static_cast<int>(sql.size()), &statement,
-                               nullptr) != SQLITE_OK) {
-            m_error = QString::fromUtf8(sqlite3_errmsg(m_db));
-            sqlite3_finalize(statement);
-            return;
-        }
-        ++pass.queries;
-        const int columns = sqlite3_column_count(statement);
-        while (sqlite3_step(statement) == SQLITE_ROW) {
+        const long long rows = m_floor.Run(sql, [&](sqlite3_stmt* statement) {
+            const int columns = sqlite3_column_count(statement);
             const qint32 key = sqlite3_column_int(statement, 0);
             qsizetype present = 1;  // the key
             QString shown;
@@ -187,8 +168,10 @@ public:
             if (keys) {
                 keys->push_back(key);
             }
+        });
+        if (rows >= 0) {
+            ++pass.queries;
         }
-        sqlite3_finalize(statement);
     }
 
     Pass Catalogue() {
@@ -210,8 +193,7 @@ public:
     }
 
 private:
-    sqlite3* m_db = nullptr;
-    QString m_error;
+    Bench::SqliteFloor m_floor;
 };
 
 // ---- databases ---------------------------------------------------------------------------------
@@ -223,8 +205,8 @@ QString PassText(const Pass& pass) {
 }
 
 // Median of the catalogue through GetRecordset, and (for SQLite) of the floor, run alternately.
-void MeasureCatalogue(const QString& label, int recipes, const Options& options, SqliteFloor* floor,
-                      SqliteFloor* plainFloor = nullptr) {
+void MeasureCatalogue(const QString& label, int recipes, const Options& options,
+                      CatalogueFloor* floor, CatalogueFloor* plainFloor = nullptr) {
     std::vector<double> recordsetTimes;
     std::vector<double> floorTimes;
     std::vector<double> plainTimes;
@@ -514,8 +496,8 @@ int main(int argc, char** argv) {
             continue;
         }
         {
-            SqliteFloor floor(fileName, true);
-            SqliteFloor plainFloor(fileName, false);
+            CatalogueFloor floor(fileName, true);
+            CatalogueFloor plainFloor(fileName, false);
             if (!floor.Error().isEmpty()) {
                 Print(QStringLiteral("  floor cannot open %1: %2").arg(fileName, floor.Error()));
                 status = 1;
