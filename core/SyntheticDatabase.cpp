@@ -93,6 +93,51 @@ void Run(modDatabase::DbConnection& connection, const QString& sql) {
     }
 }
 
+// The rows of recipes, their sections, the links between them and the ingredient lines, with
+// keys counted from 1 in the order they are added.
+class RecipeRows {
+public:
+    explicit RecipeRows(modDatabase::DbConnection& c)
+        : m_recipes(c, QStringLiteral("INSERT INTO [Recipe] (recipeID, typeID, sourceID, title)")),
+          m_sections(c, QStringLiteral("INSERT INTO [Section] (sectionID, title, instructions)")),
+          m_links(c, QStringLiteral("INSERT INTO [RecipeSection] (recipeSectionID, recipeID, "
+                                    "sectionID, place)")),
+          m_lines(c, QStringLiteral("INSERT INTO [SectionIngredient] (sectionIngredientID, "
+                                    "sectionID, ingredientID, unitID, amount)")) {}
+
+    // `source` is the key as SQL text or NULL.
+    void AddRecipe(long long recipeID, long long typeID, const QString& source,
+                   const QString& title) {
+        m_recipes.Add({Number(recipeID), Number(typeID), source, Quoted(title)});
+    }
+    // `title` is quoted SQL text or NULL; returns the new section's key (also its link's key).
+    long long AddSection(long long recipeID, unsigned place, const QString& title,
+                         const QString& instructions) {
+        ++m_sectionID;
+        m_sections.Add({Number(m_sectionID), title, Quoted(instructions)});
+        m_links.Add({Number(m_sectionID), Number(recipeID), Number(m_sectionID), Number(place)});
+        return m_sectionID;
+    }
+    void AddLine(long long sectionID, long long ingredientID, long long unitID, long long amount) {
+        m_lines.Add({Number(++m_lineID), Number(sectionID), Number(ingredientID), Number(unitID),
+                     Number(amount)});
+    }
+    void Flush() {
+        m_recipes.Flush();
+        m_sections.Flush();
+        m_links.Flush();
+        m_lines.Flush();
+    }
+
+private:
+    BulkInsert m_recipes;
+    BulkInsert m_sections;
+    BulkInsert m_links;
+    BulkInsert m_lines;
+    long long m_sectionID = 0;
+    long long m_lineID = 0;
+};
+
 void GenerateLookups(modDatabase::DbConnection& c) {
     BulkInsert groups(c, QStringLiteral("INSERT INTO [Group] (groupID, name, description)"));
     BulkInsert types(c, QStringLiteral("INSERT INTO [Type] (typeID, groupID, name, description)"));
@@ -133,17 +178,7 @@ void GenerateLookups(modDatabase::DbConnection& c) {
 
 void GenerateRecipes(modDatabase::DbConnection& c, int count) {
     Sequence random;
-    BulkInsert recipes(c,
-                       QStringLiteral("INSERT INTO [Recipe] (recipeID, typeID, sourceID, title)"));
-    BulkInsert sections(c,
-                        QStringLiteral("INSERT INTO [Section] (sectionID, title, instructions)"));
-    BulkInsert links(
-        c, QStringLiteral(
-               "INSERT INTO [RecipeSection] (recipeSectionID, recipeID, sectionID, place)"));
-    BulkInsert lines(c, QStringLiteral("INSERT INTO [SectionIngredient] (sectionIngredientID, "
-                                       "sectionID, ingredientID, unitID, amount)"));
-    long long sectionID = 0;
-    long long lineID = 0;
+    RecipeRows rows(c);
     for (int recipeID = 1; recipeID <= count; ++recipeID) {
         const QString title =
             QStringLiteral("%1 %2 %3 %4")
@@ -152,32 +187,27 @@ void GenerateRecipes(modDatabase::DbConnection& c, int count) {
                      QString::fromUtf8(Additions[random.Next(Additions.size())]))
                 .arg(recipeID);
         const unsigned source = random.Next(Sources + 5);
-        recipes.Add({Number(recipeID), Number(random.Next(Groups * TypesPerGroup) + 1),
-                     source < Sources ? Number(source + 1) : QStringLiteral("NULL"),
-                     Quoted(title)});
+        rows.AddRecipe(recipeID, random.Next(Groups * TypesPerGroup) + 1,
+                       source < Sources ? Number(source + 1) : QStringLiteral("NULL"), title);
         const unsigned sectionCount = 1 + random.Next(3);
         for (unsigned place = 1; place <= sectionCount; ++place) {
-            ++sectionID;
             QStringList method;
             for (unsigned s = 0, n = 2 + random.Next(4); s < n; ++s) {
                 method << QString::fromUtf8(Steps[random.Next(Steps.size())]);
             }
-            sections.Add({Number(sectionID),
-                          sectionCount == 1 ? QStringLiteral("NULL")
-                                            : Quoted(QStringLiteral("Razdelek %1").arg(place)),
-                          Quoted(method.join(QStringLiteral("\r\n")))});
-            links.Add({Number(sectionID), Number(recipeID), Number(sectionID), Number(place)});
+            const long long sectionID = rows.AddSection(
+                recipeID, place,
+                sectionCount == 1 ? QStringLiteral("NULL")
+                                  : Quoted(QStringLiteral("Razdelek %1").arg(place)),
+                method.join(QStringLiteral("\r\n")));
             for (unsigned l = 0, n = 3 + random.Next(8); l < n; ++l) {
-                lines.Add({Number(++lineID), Number(sectionID),
-                           Number(random.Next(Ingredients) + 1),
-                           Number(random.Next(Units.size()) + 1), Number(1 + random.Next(500))});
+                const unsigned ingredient = random.Next(Ingredients) + 1;
+                const unsigned unit = random.Next(Units.size()) + 1;
+                rows.AddLine(sectionID, ingredient, unit, 1 + random.Next(500));
             }
         }
     }
-    recipes.Flush();
-    sections.Flush();
-    links.Flush();
-    lines.Flush();
+    rows.Flush();
 }
 
 // Picks indexes with given weights: index i with weight[i] out of their sum.
@@ -276,17 +306,7 @@ void GenerateHomeCooking(modDatabase::DbConnection& c, int count) {
     const WeightedPick groupPick(groupWeights);
     const WeightedPick ingredientPick = WeightedPick::Ranked(HomeCooking::Ingredients().size());
     const WeightedPick sourcePick = WeightedPick::Ranked(HomeCooking::Sources().size());
-    BulkInsert recipes(c,
-                       QStringLiteral("INSERT INTO [Recipe] (recipeID, typeID, sourceID, title)"));
-    BulkInsert sections(c,
-                        QStringLiteral("INSERT INTO [Section] (sectionID, title, instructions)"));
-    BulkInsert links(
-        c, QStringLiteral(
-               "INSERT INTO [RecipeSection] (recipeSectionID, recipeID, sectionID, place)"));
-    BulkInsert lines(c, QStringLiteral("INSERT INTO [SectionIngredient] (sectionIngredientID, "
-                                       "sectionID, ingredientID, unitID, amount)"));
-    long long sectionID = 0;
-    long long lineID = 0;
+    RecipeRows rows(c);
     for (int recipeID = 1; recipeID <= count; ++recipeID) {
         const size_t g = groupPick.Next(random);
         const HomeCooking::Group& group = HomeCooking::Groups()[g];
@@ -295,15 +315,14 @@ void GenerateHomeCooking(modDatabase::DbConnection& c, int count) {
         const QString title = Word(AnyOf(group.dishes, random)) +
                               (addition.isEmpty() ? QString() : QLatin1Char(' ') + addition);
         const bool hasSource = random.Next(10) < 7;
-        recipes.Add({Number(recipeID), Number(typeID),
-                     hasSource ? Number(sourcePick.Next(random) + 1) : QStringLiteral("NULL"),
-                     Quoted(title)});
+        rows.AddRecipe(recipeID, typeID,
+                       hasSource ? Number(sourcePick.Next(random) + 1) : QStringLiteral("NULL"),
+                       title);
         const unsigned roll = random.Next(100);
         const unsigned sectionCount = roll < 70 ? 1 : roll < 92 ? 2 : 3;
         const unsigned firstTitle =
             random.Next(static_cast<unsigned>(HomeCooking::SectionTitles().size()));
         for (unsigned place = 1; place <= sectionCount; ++place) {
-            ++sectionID;
             QStringList method;
             const unsigned sentences =
                 1 + random.Next(3) + (random.Next(4) == 0 ? random.Next(9) : 0);
@@ -316,10 +335,9 @@ void GenerateHomeCooking(modDatabase::DbConnection& c, int count) {
             const QString sectionTitle =
                 Word(HomeCooking::SectionTitles()[(firstTitle + place - 1) %
                                                   HomeCooking::SectionTitles().size()]);
-            sections.Add({Number(sectionID),
-                          sectionCount == 1 ? QStringLiteral("NULL") : Quoted(sectionTitle),
-                          Quoted(instructions)});
-            links.Add({Number(sectionID), Number(recipeID), Number(sectionID), Number(place)});
+            const long long sectionID = rows.AddSection(
+                recipeID, place, sectionCount == 1 ? QStringLiteral("NULL") : Quoted(sectionTitle),
+                instructions);
             const unsigned lineCount =
                 2 + random.Next(5) + (random.Next(3) == 0 ? random.Next(7) : 0);
             for (unsigned l = 0; l < lineCount; ++l) {
@@ -329,15 +347,11 @@ void GenerateHomeCooking(modDatabase::DbConnection& c, int count) {
                 const unsigned unit =
                     random.Next(static_cast<unsigned>(HomeCooking::Units().size()));
                 const unsigned amount = unit < 6 ? 10 * (1 + random.Next(50)) : 1 + random.Next(6);
-                lines.Add({Number(++lineID), Number(sectionID), Number(ingredient),
-                           Number(unit + 1), Number(amount)});
+                rows.AddLine(sectionID, ingredient, unit + 1, amount);
             }
         }
     }
-    recipes.Flush();
-    sections.Flush();
-    links.Flush();
-    lines.Flush();
+    rows.Flush();
 }
 
 // Keys written explicitly leave the server's key sequences behind; move them past the rows.

@@ -14,6 +14,7 @@
 #include "tests/support/TestDatabase.h"
 #include "tests/support/ToolRun.h"
 
+using TestDatabase::PostgresUri;
 using ToolRun::FileBytes;
 using ToolRun::Result;
 using ToolRun::Tool;
@@ -21,19 +22,10 @@ using ToolRun::Work;
 
 namespace {
 
-// A database on the tests' server as a URI; the password's "-" is written percent-encoded, as
-// a user would write a character that the URI form reserves.
-QString Uri(const QString& database) {
-    return QStringLiteral("postgresql://%1:%2@%3/%4")
-        .arg(TestDatabase::PostgresUser(),
-             TestDatabase::PostgresPassword().replace(QLatin1Char('-'), QStringLiteral("%2D")),
-             TestDatabase::PostgresServer(), database);
-}
-
 // The name by which the tool reaches a database of the kind: a file, or a URI.
 QString Named(const QString& kind, const QString& name) {
     if (kind == TestDatabase::Postgres) {
-        return Uri(name);
+        return PostgresUri(name);
     }
     return Work(name + QStringLiteral(".db"));
 }
@@ -229,7 +221,7 @@ private Q_SLOTS:
         QFETCH(QString, kind);
         TestDatabase::OpenFresh(kind);
         TestDatabase::LoadSmallCollection();
-        const QString named = kind == TestDatabase::Postgres ? Uri(modGeneral::DatabaseName)
+        const QString named = kind == TestDatabase::Postgres ? PostgresUri(modGeneral::DatabaseName)
                                                              : modGeneral::DatabaseName;
         QCOMPARE(named.startsWith(QLatin1String("postgresql://")), kind == TestDatabase::Postgres);
         for (const QString& node :
@@ -257,8 +249,8 @@ private Q_SLOTS:
 
     void aDatabaseThatCannotBeReachedGivesItsMessage() {
         const Result result =
-            Tool({"page", "R", "1", "--database", Uri(QStringLiteral("ni_te_zbirke")), "--output",
-                  Work("nothing.html")});
+            Tool({"page", "R", "1", "--database", PostgresUri(QStringLiteral("ni_te_zbirke")),
+                  "--output", Work("nothing.html")});
         QCOMPARE(result.exitCode, 1);
         QVERIFY2(result.err.contains(QLatin1String("ni_te_zbirke")), qPrintable(result.err));
         QVERIFY(!QFile::exists(Work("nothing.html")));

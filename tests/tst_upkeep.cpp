@@ -11,6 +11,7 @@
 #include "tests/support/TestDatabase.h"
 #include "tests/support/ToolRun.h"
 
+using TestDatabase::PostgresUri;
 using ToolRun::FileBytes;
 using ToolRun::Result;
 using ToolRun::Tool;
@@ -18,16 +19,11 @@ using ToolRun::Work;
 
 namespace {
 
-QString Uri(const QString& database) {
-    return QStringLiteral("postgresql://%1:%2@%3/%4")
-        .arg(TestDatabase::PostgresUser(), TestDatabase::PostgresPassword(),
-             TestDatabase::PostgresServer(), database);
-}
-
 // The database the program has open, as the tool names it.
 QString Current() {
-    return modGeneral::DatabaseType == modDatabase::ServerDatabase ? Uri(modGeneral::DatabaseName)
-                                                                   : modGeneral::DatabaseName;
+    return modGeneral::DatabaseType == modDatabase::ServerDatabase
+               ? PostgresUri(modGeneral::DatabaseName)
+               : modGeneral::DatabaseName;
 }
 
 const QString IntegrityOk = QStringLiteral("Celovitost datoteke (PRAGMA integrity_check): ok\n");

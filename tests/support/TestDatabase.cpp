@@ -96,6 +96,12 @@ void CreatePostgresDatabase(const QString& name) {
     Run(admin, QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
 }
 
+QString PostgresUri(const QString& database) {
+    return QStringLiteral("postgresql://%1:%2@%3/%4")
+        .arg(PostgresUser(), PostgresPassword().replace(QLatin1Char('-'), QStringLiteral("%2D")),
+             PostgresServer(), database);
+}
+
 void UseSettingsFor(const QString& kind, const QString& name) {
     using namespace modGeneral;
     if (kind == Postgres) {

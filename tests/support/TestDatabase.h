@@ -33,6 +33,9 @@ void UseSettingsFor(const QString& kind, const QString& name);
 QString PostgresServer();
 QString PostgresUser();
 QString PostgresPassword();
+// A database on the tests' server named as a URI; the password's "-" is written
+// percent-encoded, as a user would write a character that the URI form reserves.
+QString PostgresUri(const QString& database);
 // Creates an empty database on the tests' server (dropping one of the same name first).
 void CreatePostgresDatabase(const QString& name);
 
