@@ -16,7 +16,8 @@
 #include "Version.h"
 #include "core/AppError.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/startup/Startup.h"
 
 namespace {
 

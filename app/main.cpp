@@ -2,8 +2,9 @@
 #include <QIcon>
 #include <memory>
 
-#include "core/QtTranslation.h"
 #include "core/modGeneral.h"
+#include "core/startup/Startup.h"
+#include "core/ui/QtTranslation.h"
 #include "main/frmMain.h"
 #include "settings/frmSettings.h"
 

@@ -17,9 +17,9 @@
 #include <cstdio>
 
 #include "bench/support/BenchSupport.h"
-#include "core/CollectionBackup.h"
-#include "core/CollectionCopy.h"
-#include "core/modDatabase.h"
+#include "collection/CollectionBackup.h"
+#include "collection/CollectionCopy.h"
+#include "core/database/modDatabase.h"
 
 using namespace Bench;
 

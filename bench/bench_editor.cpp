@@ -31,13 +31,13 @@
 #include <vector>
 
 #include "bench/support/BenchSupport.h"
+#include "collection/SyntheticDatabase.h"
 #include "core/AppError.h"
-#include "core/Recordset.h"
-#include "core/Schema.h"
-#include "core/SyntheticDatabase.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/Schema.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
 #include "main/frmMain.h"
 

@@ -27,12 +27,12 @@
 
 #include "bench/support/BenchSupport.h"
 #include "bench/support/SqliteFloor.h"
+#include "collection/SyntheticDatabase.h"
 #include "core/AppError.h"
-#include "core/Recordset.h"
-#include "core/Schema.h"
-#include "core/SqliteExtensions.h"
-#include "core/SyntheticDatabase.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/Schema.h"
+#include "core/database/SqliteExtensions.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 

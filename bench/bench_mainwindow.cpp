@@ -22,7 +22,7 @@
 
 #include "bench/support/BenchSupport.h"
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/PageDocument.h"
 #include "display/modDisplay.h"

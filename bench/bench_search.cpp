@@ -30,7 +30,7 @@
 
 #include "bench/support/BenchSupport.h"
 #include "bench/support/SqliteFloor.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "search/ResultsModel.h"
 #include "search/SearchQuery.h"

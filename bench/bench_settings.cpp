@@ -20,11 +20,11 @@
 #include <memory>
 
 #include "bench/support/BenchSupport.h"
-#include "core/Schema.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/Schema.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/UiServices.h"
 #include "main/frmMain.h"
 
 namespace {

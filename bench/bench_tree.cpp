@@ -18,7 +18,7 @@
 
 #include "bench/support/BenchSupport.h"
 #include "bench/support/SqliteFloor.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "main/frmMain.h"
 

@@ -1,8 +1,8 @@
 #include "core/AppError.h"
 
 #include "Version.h"
-#include "core/UiServices.h"
 #include "core/modGeneral.h"
+#include "core/ui/UiServices.h"
 
 AppError::AppError(long number, QString source, QString description)
     : m_number(number),

@@ -14,9 +14,6 @@
 
 #include "Version.h"
 #include "core/AppError.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
-#include "core/modRegistry.h"
 
 namespace modGeneral {
 
@@ -90,54 +87,6 @@ QString DefaultInstallDir() {
         return QDir::cleanPath(installed);
     }
     return QString::fromUtf8(Version::BuildDataDir);
-}
-
-void ReadSettings() {
-    using namespace modRegistry;
-    ServerName = GetRegistryString(ProgramKey, QStringLiteral("ServerName"), QString(), true);
-    DatabaseName = GetRegistryString(ProgramKey, QStringLiteral("DatabaseName"),
-                                     QStringLiteral("Morvena.mdb"), true);
-    TempFilename =
-        GetRegistryString(ProgramKey, QStringLiteral("TempFilename"), DefaultTempFilename(), true);
-    Username = GetRegistryString(ProgramKey, QStringLiteral("Username"), QString(), true);
-    Password = GetRegistryString(ProgramKey, QStringLiteral("Password"), QString(), true);
-    DatabaseType = GetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), 1, true);
-}
-
-void StoreInstallationValues() {
-    using namespace modRegistry;
-    for (const char* name :
-         {"ServerName", "DatabaseName", "TempFilename", "Username", "Password", "DatabaseType"}) {
-        if (RegistryValueExists(ProgramKey, QString::fromLatin1(name), true)) {
-            return;
-        }
-    }
-    SetRegistryString(ProgramKey, QStringLiteral("DatabaseName"), DatabaseName, true);
-    SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), TempFilename, true);
-    SetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), DatabaseType, true);
-    if (!RegistryValueExists(ProgramKey, QStringLiteral("InstallDir"), true)) {
-        SetRegistryString(ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
-    }
-}
-
-bool Main(const StartupWindows& windows) {
-    return ErrorPath::Handle("modGeneral:Main->", [&] {
-        ReadSettings();
-        StoreInstallationValues();
-        if (!DatabaseName.isEmpty()) {
-            modDatabase::OpenConnection();
-        }
-        if (!modDatabase::Connection) {
-            ErrorPath::Raise(91, QStringLiteral("Object variable not set"));
-        }
-        if (modDatabase::Connection->State() != modDatabase::adStateOpen &&
-            windows.showSettingsDialog) {
-            windows.showSettingsDialog();
-        }
-        if (windows.showMainWindow) {
-            windows.showMainWindow();
-        }
-    });
 }
 
 void LogError(const QString& text) {
@@ -241,14 +190,5 @@ bool IsNumeric(const QString& text) {
 }
 
 QString RemoveQuotes(const QString& text) { return QString(text).remove(QLatin1Char('\'')); }
-
-void OpenRegisteredFile(const QString& fileName) {
-    QString installDir = modRegistry::GetRegistryString(
-        modRegistry::ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
-    if (!installDir.endsWith(QLatin1Char('/'))) {
-        installDir += QLatin1Char('/');
-    }
-    UiServices::Open(fileName, installDir);
-}
 
 }  // namespace modGeneral

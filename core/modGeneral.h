@@ -1,15 +1,17 @@
+// core/: the foundation's own room: the program-wide settings values, the error log, the helpers
+// that several windows share and the windows-1250 text; the error path is in core/AppError.h.
+// May use: core/ui.
 #pragma once
 
 #include <QString>
 #include <QtGlobal>
-#include <functional>
 
 class QComboBox;
 class QTreeWidget;
 class QTreeWidgetItem;
 
-// Start-up, the program-wide settings values, the error log and the helpers that several
-// windows share.
+// The program-wide settings values, the error log and the helpers that several windows share
+// (start-up is in core/startup/Startup.h).
 namespace modGeneral {
 
 // Program-wide settings values (read by Main, changed by the settings dialog).
@@ -39,23 +41,6 @@ QString DefaultTempFilename();
 // Where the program's data (documentation, sample database) lives when InstallDir is not set.
 QString DefaultInstallDir();
 
-// Reads the settings values with their start-up defaults.
-void ReadSettings();
-// What the installation did on Windows: when the machine-wide store holds none of the
-// connection values, stores the start-up values read by ReadSettings (DatabaseName,
-// TempFilename, DatabaseType) and InstallDir, once, so that the settings dialog's cancel path
-// finds working values.
-void StoreInstallationValues();
-
-// The windows that Main shows, modally: the settings dialog only when no connection works;
-// then the main window.
-struct StartupWindows {
-    std::function<void()> showSettingsDialog;
-    std::function<void()> showMainWindow;
-};
-// The program's entry procedure. Returns false when the program is to end at once.
-bool Main(const StartupWindows& windows);
-
 // Appends one entry to "errors.log" in the current folder; never fails.
 void LogError(const QString& text);
 
@@ -76,7 +61,5 @@ QString TrimBlanks(const QString& text);
 bool IsNumeric(const QString& text);
 // The text without apostrophes.
 QString RemoveQuotes(const QString& text);
-// Opens a document (relative to the installation folder) or a link with the desktop's program.
-void OpenRegisteredFile(const QString& fileName);
 
 }  // namespace modGeneral

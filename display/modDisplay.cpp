@@ -10,7 +10,7 @@
 
 #include "core/AppError.h"
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 
 namespace modDisplay {

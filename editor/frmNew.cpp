@@ -15,11 +15,11 @@
 #include <QVBoxLayout>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/KeepSelection.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/KeepSelection.h"
+#include "core/ui/UiServices.h"
 
 using EditSections::InBounds;
 using EditSections::UBound;

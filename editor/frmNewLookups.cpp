@@ -9,10 +9,10 @@
 #include <QTreeWidget>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
 #include "lists/frmAddRecord.h"
 

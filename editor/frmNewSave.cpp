@@ -7,13 +7,13 @@
 #include <QScopeGuard>
 #include <QTreeWidget>
 
+#include "collection/RecipeRows.h"
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
-#include "main/frmMain.h"
 
 using EditSections::UBound;
 using modDatabase::GetRecordset;
@@ -25,15 +25,6 @@ namespace {
 QString StoredInstructions(const QString& text) {
     const QString trimmed = TrimBlanks(text);
     return trimmed.isEmpty() ? QStringLiteral(" ") : trimmed;
-}
-
-// The main window's routine that deletes a section with its ingredient lines and links.
-void DeleteSection(qint32 sectionID) {
-    frmMain* main = frmMain::Instance();
-    if (!main) {
-        ErrorPath::Raise(91, QStringLiteral("Object variable or With block variable not set"));
-    }
-    main->DeleteSection(sectionID);
 }
 
 // Adds a Section row and its RecipeSection link; returns the new section's key.
@@ -94,7 +85,7 @@ void frmNew::cmdOK_Click() {
                 QStringLiteral("SELECT sectionID FROM [RecipeSection] WHERE recipeID = ") +
                 QString::number(lngRecipeID) + QStringLiteral(";"));
             for (; !old.Eof(); old.MoveNext()) {
-                DeleteSection(old.Long(QStringLiteral("sectionID")));
+                RecipeRows::DeleteSection(old.Long(QStringLiteral("sectionID")));
             }
             old.Close();
         }

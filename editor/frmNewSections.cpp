@@ -8,9 +8,9 @@
 #include <QTreeWidget>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
 #include "editor/frmSelectSection.h"
 

@@ -7,9 +7,9 @@
 #include <QVBoxLayout>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 
 frmChangeLink::frmChangeLink(QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("frmChangeLink"));

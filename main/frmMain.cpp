@@ -17,11 +17,13 @@
 
 #include "Version.h"
 #include "about/frmAbout.h"
+#include "collection/RecipeRows.h"
 #include "core/AppError.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/startup/Startup.h"
+#include "core/ui/UiServices.h"
 #include "display/PageView.h"
 #include "display/modDisplay.h"
 #include "editor/frmNew.h"
@@ -81,12 +83,6 @@ bool HasRows(const QString& sql) {
     const bool found = !rs.Eof();
     rs.Close();
     return found;
-}
-
-void DeleteRows(const QString& sql) {
-    Recordset rs = modDatabase::GetRecordset(sql);
-    modDatabase::DeleteRecordset(rs);
-    rs.Close();
 }
 
 }  // namespace
@@ -373,12 +369,18 @@ void frmMain::mnuToolsFind_Click() {
         if (!m_find) {
             m_find = new frmFind(this);
             m_find->setAttribute(Qt::WA_DeleteOnClose);
+            connect(m_find, &frmFind::RecipeChosen, this, &frmMain::ShowNode);
         }
         m_find->show();
         m_find->raise();
         m_find->activateWindow();
         SetMousePointer(UiServices::vbDefault);
     });
+}
+
+void frmMain::ShowNode(const QString& key) {
+    modGeneral::SelectTreeViewItem(tvRecipes, key);
+    tvRecipes_NodeClick();
 }
 
 qint32 frmMain::EditRecord(qint32 mode, qint32 id, qint32 groupID) {
@@ -451,25 +453,13 @@ void frmMain::mnuDocumentDelete_Click() {
             QStringLiteral("SELECT sectionID FROM [RecipeSection] WHERE recipeID = ") + key +
             QStringLiteral(";"));
         for (; !sections.Eof(); sections.MoveNext()) {
-            DeleteSection(sections.Long(QStringLiteral("sectionID")));
+            RecipeRows::DeleteSection(sections.Long(QStringLiteral("sectionID")));
         }
         sections.Close();
-        DeleteRows(QStringLiteral("SELECT * FROM [Recipe] WHERE recipeID = ") + key +
-                   QStringLiteral(";"));
+        RecipeRows::DeleteRows(QStringLiteral("SELECT * FROM [Recipe] WHERE recipeID = ") + key +
+                               QStringLiteral(";"));
         RefreshTreeView();
         SetMousePointer(UiServices::vbDefault);
-    });
-}
-
-void frmMain::DeleteSection(qint32 sectionID) {
-    ErrorPath::PassOn("frmMain:DeleteSection", [&] {
-        const QString key = QString::number(sectionID);
-        DeleteRows(QStringLiteral("SELECT * FROM [SectionIngredient] WHERE ") +
-                   QStringLiteral("sectionID = ") + key + QStringLiteral(";"));
-        DeleteRows(QStringLiteral("SELECT * FROM [RecipeSection] WHERE sectionID = ") + key +
-                   QStringLiteral(";"));
-        DeleteRows(QStringLiteral("SELECT * FROM [Section] WHERE sectionID = ") + key +
-                   QStringLiteral(";"));
     });
 }
 
@@ -485,8 +475,8 @@ void frmMain::mnuEditGroupDelete_Click() {
                 MsgBox(QStringLiteral("Najprej morate izbrisati vse pripadajoče podskupine."),
                        UiServices::vbOKOnly + UiServices::vbInformation);
             } else {
-                DeleteRows(QStringLiteral("SELECT * FROM [Group] WHERE groupID = ") + key +
-                           QStringLiteral(";"));
+                RecipeRows::DeleteRows(QStringLiteral("SELECT * FROM [Group] WHERE groupID = ") +
+                                       key + QStringLiteral(";"));
                 RefreshTreeView();
             }
         }
@@ -506,8 +496,8 @@ void frmMain::mnuEditTypeDelete_Click() {
                 MsgBox(QStringLiteral("Najprej morate izbrisati vse pripadajoče recepte."),
                        UiServices::vbOKOnly + UiServices::vbInformation);
             } else {
-                DeleteRows(QStringLiteral("SELECT * FROM [Type] WHERE typeID = ") + key +
-                           QStringLiteral(";"));
+                RecipeRows::DeleteRows(QStringLiteral("SELECT * FROM [Type] WHERE typeID = ") +
+                                       key + QStringLiteral(";"));
                 RefreshTreeView();
             }
         }

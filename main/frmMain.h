@@ -5,8 +5,8 @@
 #include <QString>
 #include <functional>
 
+#include "display/PagePrinter.h"
 #include "main/MainMenus.h"
-#include "main/PagePrinter.h"
 
 class QFrame;
 class frmFind;
@@ -32,8 +32,6 @@ public:
     void tvRecipes_NodeClick();
     // Sets the commands' enabled states by the kind of the selected node.
     void EnableControls();
-    // Deletes a section with its ingredient lines and every link to it.
-    void DeleteSection(qint32 sectionID);
     // Places the splitter's left edge (twips) within its limits and stores the position.
     void MoveSplitter(int wantedTwips);
     // Prints the page shown, with the print dialog or at once.
@@ -41,6 +39,9 @@ public:
     // Rebuilds the tree, selects the node with `key` (the first group when none has it) and
     // shows its page.
     void RefreshAndRestore(const QString& key);
+    // Selects the node with `key` (the selection stays when none has it) and shows its page: what
+    // a double click on a result of the search window does.
+    void ShowNode(const QString& key);
 
     QTreeWidget* tvRecipes = nullptr;
     QTextBrowser* webDisplay = nullptr;

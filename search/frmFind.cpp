@@ -17,11 +17,10 @@
 #include <QVBoxLayout>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/KeepSelection.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "main/frmMain.h"
+#include "core/ui/Controls.h"
+#include "core/ui/KeepSelection.h"
 #include "search/ResultsModel.h"
 
 namespace {
@@ -433,13 +432,10 @@ void frmFind::lstResults_ColumnClick(int column) {
 void frmFind::lstResults_DblClick() {
     ErrorPath::Handle("frmFind:lstResults_DblClick->", [&] {
         const QModelIndexList selected = lstResults->selectionModel()->selectedRows();
-        frmMain* main = frmMain::Instance();
-        if (selected.isEmpty() || !main) {
+        if (selected.isEmpty()) {
             return;
         }
-        const QString key = results->At(selected.first().row())[1];
-        modGeneral::SelectTreeViewItem(main->tvRecipes, QStringLiteral("R") + key);
-        main->tvRecipes_NodeClick();
+        Q_EMIT RecipeChosen(QStringLiteral("R") + results->At(selected.first().row())[1]);
     });
 }
 

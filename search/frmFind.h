@@ -19,7 +19,8 @@ class QTreeWidgetItem;
 
 // The search window: six criteria, each with its own list of search values and match mode, an
 // overall condition, and the list of the recipes found. Not modal; closing it discards the
-// criteria and the results. A double click on a result shows the recipe in the main window.
+// criteria and the results. A double click on a result asks for the recipe to be shown
+// (RecipeChosen), which the main window does in its tree.
 class frmFind : public QWidget {
     Q_OBJECT
 
@@ -36,6 +37,10 @@ public:
     qint16 SortColumn() const { return sortColumn; }
     // The text of the last query that "Išči" or a heading click ran (empty before the first).
     const QString& LastQuery() const { return lastQuery; }
+
+Q_SIGNALS:
+    // A result was double-clicked: the tree node key of its recipe ("R" and the recipe key).
+    void RecipeChosen(const QString& nodeKey);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -15,10 +15,10 @@
 #include <optional>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <QDialog>
 #include <memory>
 
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 
 class QCloseEvent;
 class QEvent;

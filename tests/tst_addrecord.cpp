@@ -20,9 +20,9 @@
 #include <functional>
 #include <memory>
 
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/UiServices.h"
 #include "lists/frmAddRecord.h"
 #include "tests/support/DialogDriver.h"
 #include "tests/support/MessageRecorder.h"

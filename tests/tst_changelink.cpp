@@ -19,9 +19,9 @@
 #include <functional>
 #include <memory>
 
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/UiServices.h"
 #include "lists/frmChangeLink.h"
 #include "lists/frmEditList.h"
 #include "tests/support/DialogDriver.h"

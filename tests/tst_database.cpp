@@ -6,7 +6,7 @@
 #include <QTest>
 
 #include "core/AppError.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "tests/support/TestDatabase.h"
 

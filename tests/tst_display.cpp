@@ -8,10 +8,10 @@
 #include <QTest>
 #include <functional>
 
+#include "collection/SampleDatabase.h"
 #include "core/AppError.h"
-#include "core/Recordset.h"
-#include "core/SampleDatabase.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "tests/support/TestDatabase.h"

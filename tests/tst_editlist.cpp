@@ -22,10 +22,10 @@
 #include <functional>
 #include <memory>
 
-#include "core/Controls.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "lists/frmEditList.h"
 #include "tests/support/DialogDriver.h"
 #include "tests/support/MessageRecorder.h"

@@ -17,11 +17,11 @@
 #include <memory>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "display/modDisplay.h"
 #include "editor/frmNew.h"
 #include "main/frmMain.h"

@@ -9,10 +9,11 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/startup/Startup.h"
+#include "core/ui/UiServices.h"
 #include "display/modDisplay.h"
 #include "settings/frmSettings.h"
 #include "tests/support/DialogDriver.h"

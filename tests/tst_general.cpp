@@ -14,9 +14,10 @@
 #include <stdexcept>
 
 #include "core/AppError.h"
-#include "core/UiServices.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/startup/Startup.h"
+#include "core/ui/UiServices.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"
 

@@ -9,9 +9,9 @@
 #include <QTreeView>
 #include <QTreeWidget>
 
-#include "core/KeepSelection.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/KeepSelection.h"
 #include "main/frmMain.h"
 #include "tests/support/EditorDriver.h"
 #include "tests/support/MessageRecorder.h"

@@ -10,7 +10,7 @@
 #include <QTest>
 #include <QThread>
 
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "main/frmMain.h"

@@ -18,8 +18,8 @@
 #include <cstdlib>
 
 #include "core/AppError.h"
-#include "core/Schema.h"
-#include "core/modDatabase.h"
+#include "core/database/Schema.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "tests/support/TestDatabase.h"
 

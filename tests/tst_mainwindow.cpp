@@ -17,13 +17,13 @@
 #include <QToolBar>
 #include <QTreeWidget>
 
-#include "core/UiServices.h"
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/UiServices.h"
+#include "display/PagePrinter.h"
 #include "display/modDisplay.h"
-#include "main/PagePrinter.h"
 #include "main/frmMain.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"

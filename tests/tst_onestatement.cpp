@@ -9,11 +9,11 @@
 #include <QTest>
 
 #include "core/AppError.h"
-#include "core/SingleStatement.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/SingleStatement.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/UiServices.h"
 #include "lists/frmAddRecord.h"
 #include "tests/support/DialogDriver.h"
 #include "tests/support/MessageRecorder.h"

@@ -9,9 +9,9 @@
 #include <QTextFragment>
 #include <functional>
 
-#include "core/SampleDatabase.h"
+#include "collection/SampleDatabase.h"
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "display/PageDocument.h"
 #include "display/modDisplay.h"
 #include "tests/support/TestDatabase.h"

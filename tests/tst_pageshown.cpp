@@ -11,12 +11,12 @@
 #include <QTreeWidget>
 
 #include "core/AppError.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/UiServices.h"
+#include "display/PagePrinter.h"
 #include "display/modDisplay.h"
-#include "main/PagePrinter.h"
 #include "main/frmMain.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"

@@ -4,8 +4,8 @@
 // (PostgreSQL); the planner figures the program writes stay when the file is opened again.
 #include <QTest>
 
-#include "core/SyntheticDatabase.h"
-#include "core/modDatabase.h"
+#include "collection/SyntheticDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "search/SearchQuery.h"
 #include "tests/support/TestDatabase.h"

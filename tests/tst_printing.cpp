@@ -12,10 +12,10 @@
 #include <QtPrintSupport/QPrinter>
 
 #include "core/AppError.h"
-#include "core/RegistryFile.h"
-#include "core/UiServices.h"
-#include "core/modRegistry.h"
-#include "main/PagePrinter.h"
+#include "core/registry/RegistryFile.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/UiServices.h"
+#include "display/PagePrinter.h"
 #include "tests/support/TestDatabase.h"
 
 using PagePrinter::PageFacts;

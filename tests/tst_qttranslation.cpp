@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QTest>
 
-#include "core/QtTranslation.h"
+#include "core/ui/QtTranslation.h"
 
 namespace {
 

@@ -18,8 +18,8 @@
 #include <functional>
 
 #include "core/AppError.h"
-#include "core/Recordset.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "main/frmMain.h"

@@ -11,7 +11,7 @@
 #include <climits>
 #include <functional>
 
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
 #include "tests/support/TestDatabase.h"
 
 using namespace modRegistry;

@@ -13,17 +13,18 @@
 #include <QPointer>
 #include <QProcess>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/UiServices.h"
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "display/modDisplay.h"
 #include "main/frmMain.h"
 #include "search/SearchQuery.h"
@@ -884,7 +885,12 @@ private Q_SLOTS:
         modGeneral::TempFilename = TestDatabase::WorkFolder() + QStringLiteral("/page.html");
         frmMain main;
         QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("G1"));
-        frmFind* w = OpenWindow();
+        // Opened by the main window's command, which shows the chosen recipe in its tree.
+        main.menus.Button(QStringLiteral("find"))->trigger();
+        m_window = main.findChild<frmFind*>(QStringLiteral("frmFind"));
+        QVERIFY(m_window);
+        QVERIFY(QTest::qWaitForWindowExposed(m_window));
+        frmFind* w = m_window;
         QTreeView* results = Results(w);
         Find(w);
         // Nothing selected: a double click on empty space does nothing.
@@ -914,8 +920,11 @@ private Q_SLOTS:
     void doubleClickWithoutMainWindowDoesNothing() {
         QVERIFY(!frmMain::Instance());
         frmFind* w = Open(TestDatabase::Sqlite);
+        QSignalSpy chosen(w, &frmFind::RecipeChosen);
         Find(w);
         DoubleClick(Results(w), EntryPoint(Results(w), 0));
+        QCOMPARE(chosen.size(), 1);
+        QCOMPARE(chosen.first().first().toString(), QStringLiteral("R3"));
         QCOMPARE(m_messages->Texts(), QStringList());
         QVERIFY(!QFile::exists(LogName));
     }

@@ -14,10 +14,10 @@
 #include <optional>
 
 #include "core/AppError.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "core/ui/UiServices.h"
 #include "settings/frmSettings.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"

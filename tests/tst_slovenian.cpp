@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <functional>
 
-#include "core/PlannerStatistics.h"
-#include "core/SlovenianText.h"
+#include "core/database/PlannerStatistics.h"
+#include "core/database/SlovenianText.h"
 #include "tests/support/TestDatabase.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // kinds of database and gives the same rows.
 #include <QTest>
 
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "tests/support/TestDatabase.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include "core/Controls.h"
-#include "core/SampleDatabase.h"
+#include "collection/SampleDatabase.h"
+#include "core/ui/Controls.h"
 #include "search/ResultsModel.h"
 #include "search/frmFind.h"
 #include "tests/support/EditorDriver.h"

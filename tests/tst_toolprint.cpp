@@ -7,11 +7,11 @@
 #include <QTest>
 
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
-#include "core/modRegistry.h"
+#include "core/registry/modRegistry.h"
+#include "display/PagePrinter.h"
 #include "display/modDisplay.h"
-#include "main/PagePrinter.h"
 #include "tests/support/TestDatabase.h"
 #include "tests/support/ToolRun.h"
 

@@ -6,8 +6,8 @@
 #include <QTest>
 #include <QUrl>
 
-#include "core/DatabaseAddress.h"
-#include "core/modDatabase.h"
+#include "core/database/DatabaseAddress.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "tests/support/EditorDriver.h"

@@ -5,7 +5,7 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "tests/support/TestDatabase.h"

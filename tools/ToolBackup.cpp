@@ -1,7 +1,7 @@
 // morvena-tool backup FILE DEST: a checked copy of a database file that may be in use.
-#include "core/CollectionBackup.h"
-#include "core/DatabaseAddress.h"
-#include "core/modDatabase.h"
+#include "collection/CollectionBackup.h"
+#include "core/database/DatabaseAddress.h"
+#include "core/database/modDatabase.h"
 #include "tools/ToolCommands.h"
 #include "tools/ToolSupport.h"
 

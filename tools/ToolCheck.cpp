@@ -1,7 +1,7 @@
 // morvena-tool check DATABASE [--repair]: what an interrupted save leaves behind, and its repair.
-#include "core/CollectionCheck.h"
-#include "core/DatabaseAddress.h"
-#include "core/modDatabase.h"
+#include "collection/CollectionCheck.h"
+#include "core/database/DatabaseAddress.h"
+#include "core/database/modDatabase.h"
 #include "tools/ToolCommands.h"
 #include "tools/ToolSupport.h"
 

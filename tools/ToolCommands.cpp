@@ -4,12 +4,12 @@
 #include <QMap>
 #include <optional>
 
+#include "collection/SampleDatabase.h"
+#include "collection/SyntheticDatabase.h"
 #include "core/AppError.h"
-#include "core/DatabaseAddress.h"
-#include "core/SampleDatabase.h"
-#include "core/Schema.h"
-#include "core/SyntheticDatabase.h"
-#include "core/modDatabase.h"
+#include "core/database/DatabaseAddress.h"
+#include "core/database/Schema.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
 #include "search/SearchQuery.h"

@@ -3,8 +3,8 @@
 #include <atomic>
 #include <csignal>
 
-#include "core/CollectionCopy.h"
-#include "core/DatabaseAddress.h"
+#include "collection/CollectionCopy.h"
+#include "core/database/DatabaseAddress.h"
 #include "tools/ToolCommands.h"
 #include "tools/ToolSupport.h"
 

@@ -7,11 +7,11 @@
 #include <optional>
 
 #include "core/AppError.h"
-#include "core/Recordset.h"
 #include "core/Windows1250.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/modDatabase.h"
+#include "display/PagePrinter.h"
 #include "display/modDisplay.h"
-#include "main/PagePrinter.h"
 #include "tools/ToolCommands.h"
 #include "tools/ToolSupport.h"
 

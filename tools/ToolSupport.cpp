@@ -1,9 +1,10 @@
 #include "tools/ToolSupport.h"
 
 #include "core/AppError.h"
-#include "core/DatabaseAddress.h"
-#include "core/modDatabase.h"
+#include "core/database/DatabaseAddress.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/startup/Startup.h"
 #include "tools/ToolCommands.h"
 
 namespace ToolSupport {

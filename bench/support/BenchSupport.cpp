@@ -9,10 +9,10 @@
 #include <cstdio>
 #include <memory>
 
+#include "collection/SyntheticDatabase.h"
 #include "core/AppError.h"
-#include "core/Schema.h"
-#include "core/SyntheticDatabase.h"
-#include "core/modDatabase.h"
+#include "core/database/Schema.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 
 namespace Bench {
@@ -88,12 +88,12 @@ QString SqliteDatabase(const QString& folder, bool cached, int recipes,
                        SyntheticDatabase::Shape shape) {
     // The name tells the shape and the schema's indexes, so a file from before is not reused.
     const QString fileName =
-        folder + QStringLiteral("/bench_%1_%2_%3.sqlite")
-                     .arg(ShapeName(shape))
-                     .arg(recipes)
-                     .arg(QString::number(qHash(Schema::Statements(modDatabase::FileDatabase)
-                                                    .join(QLatin1Char(';'))),
-                                          16));
+        folder +
+        QStringLiteral("/bench_%1_%2_%3.sqlite")
+            .arg(ShapeName(shape))
+            .arg(recipes)
+            .arg(QString::number(
+                qHash(Schema::Statements(modDatabase::FileDatabase).join(QLatin1Char(';'))), 16));
     if (cached && QFileInfo::exists(fileName)) {
         Print(QStringLiteral("sqlite  %1 recipes  reusing %2").arg(recipes).arg(fileName));
         return fileName;

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <vector>
 
-#include "core/SyntheticDatabase.h"
+#include "collection/SyntheticDatabase.h"
 
 // What the benchmark programs share: timing, printing, and the generated databases they
 // measure on (SQLite files kept in a cache folder, databases on a private PostgreSQL server).

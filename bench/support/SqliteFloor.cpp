@@ -4,7 +4,7 @@
 
 #include <QFile>
 
-#include "core/SqliteExtensions.h"
+#include "core/database/SqliteExtensions.h"
 
 namespace Bench {
 

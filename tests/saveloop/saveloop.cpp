@@ -29,11 +29,11 @@
 #include <optional>
 
 #include "core/AppError.h"
-#include "core/Controls.h"
-#include "core/Recordset.h"
-#include "core/UiServices.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
 #include "main/frmMain.h"
 
@@ -294,7 +294,7 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    frmMain mainWindow;  // its routine deletes the old sections of a saved recipe
+    frmMain mainWindow;  // the editor is opened over the main window, as in the program
     SaveLoop loop(options->randomGiven ? options->random : QRandomGenerator::global()->generate());
     for (qint64 done = 0; options->saves < 0 || done < options->saves; ++done) {
         const qint32 saved = loop.SaveOne();

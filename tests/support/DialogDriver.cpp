@@ -11,7 +11,7 @@
 #include <QSqlDriver>
 #include <QTimer>
 
-#include "core/modDatabase.h"
+#include "core/database/modDatabase.h"
 
 namespace DialogDriver {
 namespace {

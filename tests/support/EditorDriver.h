@@ -14,9 +14,9 @@
 #include <QTreeWidget>
 #include <functional>
 
-#include "core/Controls.h"
-#include "core/UiServices.h"
 #include "core/modGeneral.h"
+#include "core/ui/Controls.h"
+#include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
 #include "tests/support/MessageRecorder.h"
 

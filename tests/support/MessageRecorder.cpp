@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-#include "core/UiServices.h"
+#include "core/ui/UiServices.h"
 
 MessageRecorder::MessageRecorder() {
     UiServices::SetMsgBoxHandler([this](const QString& text, int style, const QString& title) {

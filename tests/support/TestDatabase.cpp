@@ -8,9 +8,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include "core/Recordset.h"
-#include "core/Schema.h"
-#include "core/modDatabase.h"
+#include "core/database/Recordset.h"
+#include "core/database/Schema.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 
 namespace TestDatabase {

@@ -1,0 +1,106 @@
+#include "collection/CollectionBackup.h"
+
+#include <QFileInfo>
+#include <QSqlQuery>
+#include <QTemporaryFile>
+
+#include "core/database/modDatabase.h"
+
+namespace CollectionBackup {
+namespace {
+
+using modDatabase::DbConnection;
+
+std::shared_ptr<DbConnection> FileConnection(const QString& file) {
+    return std::make_shared<DbConnection>(
+        modDatabase::FileDatabase,
+        modDatabase::BuildConnectionString(modDatabase::FileDatabase, QString(), file, QString(),
+                                           QString()));
+}
+
+bool Taken(const QString& path) {
+    const QFileInfo info(path);
+    return info.exists() || info.isSymLink();
+}
+
+QString DriverText(const QSqlQuery& query) {
+    const QSqlError error = query.lastError();
+    return error.databaseText().isEmpty() ? error.text() : error.databaseText();
+}
+
+// The database's own check of the file, on a connection of the program's kind (its collation
+// orders the indexes).
+QStringList IntegrityOf(const QString& file, QString& problem) {
+    auto connection = FileConnection(file);
+    connection->Open();
+    if (connection->State() != modDatabase::adStateOpen) {
+        problem = connection->LastError();
+        return {};
+    }
+    QSqlQuery query(connection->Database());
+    QStringList lines;
+    if (!query.exec(QStringLiteral("PRAGMA integrity_check"))) {
+        problem = DriverText(query);
+        return {};
+    }
+    while (query.next()) {
+        lines << query.value(0).toString();
+    }
+    return lines;
+}
+
+}  // namespace
+
+Outcome Backup(const QString& file, const QString& destination) {
+    Outcome outcome;
+    if (Taken(destination)) {
+        outcome.message = QStringLiteral("Datoteka %1 že obstaja.").arg(destination);
+        return outcome;
+    }
+    auto source = FileConnection(file);
+    source->Open();
+    if (source->State() != modDatabase::adStateOpen) {
+        outcome.message = source->LastError();
+        return outcome;
+    }
+    // The copy is made beside its destination under a name of its own and renamed when it
+    // has passed its check.
+    QTemporaryFile part(QFileInfo(destination).absolutePath() + QLatin1Char('/') +
+                        QStringLiteral(".") + QFileInfo(destination).fileName() +
+                        QStringLiteral(".XXXXXX"));
+    if (!part.open()) {
+        outcome.message = QStringLiteral("Datoteke %1 ni mogoče ustvariti: %2")
+                              .arg(destination, part.errorString());
+        return outcome;
+    }
+    part.close();
+    QSqlQuery vacuum(source->Database());
+    vacuum.prepare(QStringLiteral("VACUUM INTO ?"));
+    vacuum.addBindValue(part.fileName());
+    if (!vacuum.exec()) {
+        outcome.message = QStringLiteral("QSQLITE->") + DriverText(vacuum);
+        return outcome;
+    }
+    source.reset();
+    QString problem;
+    outcome.integrity = IntegrityOf(part.fileName(), problem);
+    if (!problem.isEmpty() || outcome.integrity != QStringList{QStringLiteral("ok")}) {
+        outcome.message = problem.isEmpty()
+                              ? QStringLiteral("Kopija ni prestala preverjanja celovitosti.")
+                              : problem;
+        return outcome;
+    }
+    QFile::setPermissions(part.fileName(), QFileInfo(file).permissions());
+    // Renaming never replaces a file that appeared meanwhile.
+    if (!QFile::rename(part.fileName(), destination)) {
+        outcome.message = Taken(destination)
+                              ? QStringLiteral("Datoteka %1 že obstaja.").arg(destination)
+                              : QStringLiteral("Datoteke %1 ni mogoče ustvariti.").arg(destination);
+        return outcome;
+    }
+    part.setAutoRemove(false);
+    outcome.done = true;
+    return outcome;
+}
+
+}  // namespace CollectionBackup

@@ -1,0 +1,357 @@
+#include "core/database/modDatabase.h"
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <QAtomicInt>
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QUrl>
+
+#include "core/AppError.h"
+#include "core/database/PlannerStatistics.h"
+#include "core/database/Schema.h"
+#include "core/database/SingleStatement.h"
+#include "core/database/SqlDialect.h"
+#include "core/database/SqliteExtensions.h"
+#include "core/modGeneral.h"
+
+namespace modDatabase {
+
+std::shared_ptr<DbConnection> Connection;
+
+namespace {
+
+QString NextQtConnectionName() {
+    static QAtomicInt counter;
+    return QStringLiteral("morvena-%1").arg(counter.fetchAndAddRelaxed(1));
+}
+
+sqlite3* SqliteHandle(const QSqlDatabase& db) {
+    const QVariant handle = db.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+        return nullptr;
+    }
+    return *static_cast<sqlite3* const*>(handle.constData());
+}
+
+QString DatabaseErrorText(const QSqlError& error) {
+    return error.databaseText().isEmpty() ? error.text() : error.databaseText();
+}
+
+QString NotMorvena(const QString& name) {
+    return QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name);
+}
+
+QString CannotRead(const QString& name, const QString& cause) {
+    return QStringLiteral("Zbirke podatkov %1 ni mogoče odpreti ali prebrati: %2").arg(name, cause);
+}
+
+// Whether this process may change the file and make files beside it (a journal).
+bool CanWrite(const QString& fileName) {
+    return ::access(QFile::encodeName(fileName).constData(), W_OK) == 0 &&
+           ::access(QFile::encodeName(QFileInfo(fileName).absolutePath()).constData(), W_OK) == 0;
+}
+
+}  // namespace
+
+DbConnection::DbConnection(int kind, QString connectionString)
+    : m_kind(kind),
+      m_connectionString(std::move(connectionString)),
+      m_qtName(NextQtConnectionName()) {
+    // The shared connection must go before the database library's own registry does.
+    static const bool releasedAtExit = [] {
+        qAddPostRoutine([] { Connection.reset(); });
+        return true;
+    }();
+    Q_UNUSED(releasedAtExit);
+}
+
+DbConnection::~DbConnection() {
+    Close();
+    QSqlDatabase::removeDatabase(m_qtName);
+}
+
+void DbConnection::Open() {
+    m_lastError.clear();
+    if (m_kind == FileDatabase) {
+        OpenFile(ConnectionStringValue(m_connectionString, QStringLiteral("Data Source")),
+                 Expect::MorvenaDatabase);
+    } else if (m_kind == ServerDatabase) {
+        OpenServer(Expect::MorvenaDatabase);
+    } else {
+        Fail(QStringLiteral("Neznana vrsta zbirke podatkov: %1").arg(m_kind));
+    }
+}
+
+void DbConnection::OpenForReading() {
+    m_readOnly = true;
+    Open();
+}
+
+void DbConnection::OpenEmpty() {
+    m_lastError.clear();
+    if (m_kind == FileDatabase) {
+        OpenFile(ConnectionStringValue(m_connectionString, QStringLiteral("Data Source")),
+                 Expect::EmptyDatabase);
+    } else {
+        OpenServer(Expect::EmptyDatabase);
+    }
+}
+
+void DbConnection::OpenFile(const QString& fileName, Expect expect) {
+    const bool exists = QFileInfo::exists(fileName);
+    if (fileName.isEmpty() || (expect == Expect::MorvenaDatabase && !exists)) {
+        Fail(QStringLiteral("Datoteka %1 ne obstaja.").arg(fileName));
+        return;
+    }
+    if (expect == Expect::EmptyDatabase && exists) {
+        Fail(QStringLiteral("Datoteka %1 že obstaja.").arg(fileName));
+        return;
+    }
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_qtName);
+    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI"));
+    const QString path = QFileInfo(fileName).absoluteFilePath();
+    // A new file is made; an existing one is never made anew (one that vanished meanwhile is
+    // not created). A file that cannot be written here (read-only media, a read-only folder, no
+    // write rights) is opened for reading: writes then fail with the library's message. A file
+    // left in write-ahead mode needs files beside it that cannot be made there; it is then read
+    // as it stands.
+    m_writable = expect == Expect::EmptyDatabase || (!m_readOnly && CanWrite(path));
+    const QStringList modes = expect == Expect::EmptyDatabase ? QStringList{"mode=rwc"}
+                              : m_writable                    ? QStringList{"mode=rw"}
+                                           : QStringList{"mode=ro", "mode=ro&immutable=1"};
+    for (const QString& mode : modes) {
+        db.close();
+        QUrl url = QUrl::fromLocalFile(path);
+        url.setQuery(mode);
+        db.setDatabaseName(url.toString(QUrl::FullyEncoded));
+        if (!db.open()) {
+            m_lastError = CannotRead(fileName, DatabaseErrorText(db.lastError()));
+            continue;
+        }
+        if (sqlite3* handle = SqliteHandle(db)) {
+            SqliteExtensions::Register(handle);
+        }
+        m_lastError = Problem(expect, fileName);
+        if (m_lastError.isEmpty()) {
+            break;
+        }
+    }
+    if (!m_lastError.isEmpty()) {
+        Close();
+        return;
+    }
+    // A database in use writes ahead into a log (and goes back to the plain journal when it is
+    // closed); a database being created stays in the plain journal mode. Either way the file
+    // as left also opens where it cannot be written.
+    if (m_writable && expect == Expect::MorvenaDatabase) {
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=WAL"));
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA synchronous=FULL"));
+        PlannerStatistics::Keep(SqliteHandle(db));
+    }
+    QSqlQuery(db).exec(QStringLiteral("PRAGMA cache_size=-65536"));
+}
+
+void DbConnection::OpenServer(Expect expect) {
+    const QString server = ConnectionStringValue(m_connectionString, QStringLiteral("Server"));
+    const QString database = ConnectionStringValue(m_connectionString, QStringLiteral("Database"));
+    const QString user = ConnectionStringValue(m_connectionString, QStringLiteral("User ID"));
+    const QString password = ConnectionStringValue(m_connectionString, QStringLiteral("Password"));
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_qtName);
+    // "host", "host:port" or "host,port"
+    const qsizetype separator =
+        std::max(server.lastIndexOf(QLatin1Char(':')), server.lastIndexOf(QLatin1Char(',')));
+    db.setHostName(separator > 0 ? server.left(separator) : server);
+    if (separator > 0) {
+        db.setPort(server.mid(separator + 1).toInt());
+    }
+    db.setDatabaseName(database);
+    // A server that is lost while the program waits for it is noticed within 25 seconds: an
+    // idle connection is probed after 10 s of silence every 5 s, and data that the server does
+    // not acknowledge for 25 s ends the connection; the statement then fails on the error path.
+    db.setConnectOptions(
+        QStringLiteral("connect_timeout=15;keepalives=1;keepalives_idle=10;"
+                       "keepalives_interval=5;keepalives_count=3;"
+                       "tcp_user_timeout=25000"));
+    if (!db.open(user, password)) {
+        Fail(CannotRead(database, DatabaseErrorText(db.lastError())));
+        return;
+    }
+    Fail(Problem(expect, database));
+}
+
+QString DbConnection::Problem(Expect expect, const QString& name) {
+    QSqlQuery query(Database());
+    const QString sql = m_kind == FileDatabase
+                            ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")
+                            : QStringLiteral(
+                                  "SELECT table_name FROM information_schema.tables "
+                                  "WHERE table_schema = current_schema()");
+    QStringList present;
+    if (!query.exec(sql)) {
+        // A file of another kind is no Morvena database; any other failure is one of reading.
+        const bool foreign = m_kind == FileDatabase &&
+                             (query.lastError().nativeErrorCode().toInt() & 0xff) == SQLITE_NOTADB;
+        return foreign ? NotMorvena(name) : CannotRead(name, DatabaseErrorText(query.lastError()));
+    }
+    while (query.next()) {
+        present << query.value(0).toString().toLower();
+    }
+    if (expect == Expect::EmptyDatabase) {
+        // Tables of other programs may share a server database; none of the program's own.
+        for (const QString& table : Schema::TableNames()) {
+            if (present.contains(table.toLower())) {
+                return QStringLiteral("Zbirka podatkov %1 ni prazna.").arg(name);
+            }
+        }
+        return QString();
+    }
+    for (const QString& table : Schema::TableNames()) {
+        if (!present.contains(table.toLower())) {
+            return NotMorvena(name);
+        }
+    }
+    return QString();
+}
+
+void DbConnection::Fail(const QString& description) {
+    if (description.isEmpty()) {
+        return;
+    }
+    if (m_lastError.isEmpty()) {
+        m_lastError = description;
+    }
+    Close();
+}
+
+void DbConnection::Close() {
+    if (!QSqlDatabase::contains(m_qtName)) {
+        return;
+    }
+    QSqlDatabase db = QSqlDatabase::database(m_qtName, false);
+    if (m_kind == FileDatabase && db.isOpen() && m_writable) {
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA optimize"));  // keeps the statistics fresh
+        // Back to the plain journal (when no one else has the file open), so that the file
+        // opens for reading on read-only media too.
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=DELETE"));
+    }
+    db.close();
+}
+
+int DbConnection::State() const {
+    return QSqlDatabase::contains(m_qtName) && QSqlDatabase::database(m_qtName, false).isOpen()
+               ? adStateOpen
+               : adStateClosed;
+}
+
+QString DbConnection::DriverName() const {
+    return m_kind == ServerDatabase ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
+}
+
+QSqlDatabase DbConnection::Database() const { return QSqlDatabase::database(m_qtName, false); }
+
+QString DbConnection::Translate(const QString& sql) const {
+    const bool server = m_kind == ServerDatabase;
+    const QString text = server ? SqlDialect::ToPostgres(sql) : sql;
+    // Every text runs as one statement: a second one (typed into a name) never reaches the
+    // database, which would run it too.
+    if (!SingleStatement::IsSingle(
+            text, server ? SingleStatement::Lexer::PostgreSql : SingleStatement::Lexer::Sqlite)) {
+        throw AppError(0, DriverName(), SingleStatement::RefusedDescription());
+    }
+    return text;
+}
+
+QString BuildConnectionString(int kind, const QString& server, const QString& database,
+                              const QString& user, const QString& password) {
+    const QString credentials = QStringLiteral(";User ID=") + user + QStringLiteral(";Password=") +
+                                password + QStringLiteral(";");
+    switch (kind) {
+        case FileDatabase:
+            return QStringLiteral("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=") + database +
+                   credentials;
+        case ServerDatabase:
+            return QStringLiteral("Server=") + server + QStringLiteral(";Database=") + database +
+                   credentials;
+        default:
+            return QString();
+    }
+}
+
+QString ConnectionStringValue(const QString& connectionString, const QString& key) {
+    for (const QString& pair : connectionString.split(QLatin1Char(';'))) {
+        const qsizetype equals = pair.indexOf(QLatin1Char('='));
+        if (equals > 0 && pair.left(equals).trimmed().compare(key, Qt::CaseInsensitive) == 0) {
+            return pair.mid(equals + 1);
+        }
+    }
+    return QString();
+}
+
+void OpenConnection() {
+    using namespace modGeneral;
+    try {
+        Connection = std::make_shared<DbConnection>(
+            DatabaseType,
+            BuildConnectionString(DatabaseType, ServerName, DatabaseName, Username, Password));
+        Connection->Open();
+    } catch (...) {
+        // Opening reports nothing: the connection's state tells the outcome.
+    }
+}
+
+Recordset GetRecordset(const QString& sql) {
+    return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
+        if (!Connection || Connection->State() == adStateClosed) {
+            OpenConnection();
+        }
+        return GetRecordsetFor(Connection, sql);
+    });
+}
+
+void DeleteRecordset(Recordset& rs) {
+    ErrorPath::PassOn("modDatabase:DeleteRecordset", [&] {
+        while (!rs.Eof()) {
+            rs.Delete();
+            rs.Update();
+            rs.MoveNext();
+        }
+    });
+}
+
+void CloseConnection() {
+    ErrorPath::PassOn("modDatabase:CloseConnection", [&] {
+        if (Connection) {
+            Connection->Close();
+        }
+        Connection.reset();
+    });
+}
+
+void Execute(const QString& sql) {
+    ErrorPath::PassOn("modDatabase:Execute", [&] {
+        if (!Connection || Connection->State() == adStateClosed) {
+            OpenConnection();
+        }
+        QSqlQuery query(Connection->Database());
+        if (!query.exec(Connection->Translate(sql))) {
+            RaiseDriverError(*Connection, query.lastError());
+        }
+    });
+}
+
+void RaiseDriverError(const DbConnection& connection, const QSqlError& error) {
+    throw AppError(error.nativeErrorCode().toLong(), connection.DriverName(),
+                   DatabaseErrorText(error));
+}
+
+QVariant StrToNull(const QString& text) { return text.isEmpty() ? QVariant() : QVariant(text); }
+
+QString NullToStr(const QVariant& value) { return value.isNull() ? QString() : value.toString(); }
+
+}  // namespace modDatabase

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QString>
+#include <QVariant>
+#include <memory>
+
+#include "core/database/Recordset.h"
+
+// The program's single database connection and the operations through which every window
+// reaches the tables: open, query into a result set, delete the rows of a result set, close,
+// and the conversions between empty text and NULL.
+namespace modDatabase {
+
+enum ObjectState { adStateClosed = 0, adStateOpen = 1 };
+enum DatabaseKind { FileDatabase = 1, ServerDatabase = 2 };
+
+// One connection: a database file (kind 1) or a database on a server (kind 2), described by a
+// connection string. Closed when the last reference to it goes.
+class DbConnection {
+public:
+    DbConnection(int kind, QString connectionString);
+    ~DbConnection();
+    DbConnection(const DbConnection&) = delete;
+    DbConnection& operator=(const DbConnection&) = delete;
+
+    // Opens the connection to a Morvena database; a failure (a missing file, a file or database
+    // without the program's tables, one that cannot be opened or read) leaves it closed with
+    // LastError() telling why. A file that cannot be written here is opened for reading.
+    void Open();
+    // Opens a database that is to receive the schema: a new file (it must not exist yet) or an
+    // existing server database without the program's tables.
+    void OpenEmpty();
+    // Opens a Morvena database to be read and left exactly as it is: a file is opened read-only
+    // and keeps its journal mode and statistics.
+    void OpenForReading();
+    void Close();
+    int State() const;
+    int Kind() const { return m_kind; }
+    const QString& ConnectionString() const { return m_connectionString; }
+    const QString& LastError() const { return m_lastError; }
+    // The database library's name, the source of its errors.
+    QString DriverName() const;
+    QSqlDatabase Database() const;
+    // The program's SQL as this database speaks it. A text that holds more than one statement
+    // raises an error with the driver's name as source, before anything reaches the database.
+    QString Translate(const QString& sql) const;
+
+private:
+    enum class Expect { MorvenaDatabase, EmptyDatabase };
+    void OpenFile(const QString& fileName, Expect expect);
+    void OpenServer(Expect expect);
+    // Empty when the open database is what `expect` wants; otherwise why it is not: not a
+    // Morvena database, or a database that cannot be read (with the cause).
+    QString Problem(Expect expect, const QString& name);
+    // Closes the connection with the description (nothing happens for an empty one).
+    void Fail(const QString& description);
+
+    int m_kind;
+    QString m_connectionString;
+    QString m_qtName;
+    QString m_lastError;
+    bool m_writable = true;   // a file opened for reading only is false
+    bool m_readOnly = false;  // opened with OpenForReading
+};
+
+// The shared connection; absent until the first attempt to open one.
+extern std::shared_ptr<DbConnection> Connection;
+
+// The connection string for a kind, with the values inserted as they are.
+QString BuildConnectionString(int kind, const QString& server, const QString& database,
+                              const QString& user, const QString& password);
+// The value of one key of a connection string ("" when missing); keys ignore letter case.
+QString ConnectionStringValue(const QString& connectionString, const QString& key);
+
+// Replaces the shared connection by a new one opened with the program-wide settings values.
+// Never fails: the connection's state tells the outcome.
+void OpenConnection();
+// Runs a SELECT into a result set; opens the shared connection first when it is closed.
+Recordset GetRecordset(const QString& sql);
+// Deletes every row from the current one to the end.
+void DeleteRecordset(Recordset& rs);
+// Closes and releases the shared connection.
+void CloseConnection();
+// Runs a statement that returns no rows on the shared connection.
+void Execute(const QString& sql);
+
+// Raises a failure of the database library: its name is the source, its message the description.
+[[noreturn]] void RaiseDriverError(const DbConnection& connection, const QSqlError& error);
+
+QVariant StrToNull(const QString& text);
+QString NullToStr(const QVariant& value);
+
+}  // namespace modDatabase

@@ -1,0 +1,31 @@
+// core/startup/: start-up: reads the program-wide settings values, stores the installation's
+// values, opens the connection and shows the first windows; opens the installation's documents.
+// May use: core/database, core/registry, core/ui, core.
+#pragma once
+
+#include <QString>
+#include <functional>
+
+namespace modGeneral {
+
+// Reads the settings values with their start-up defaults.
+void ReadSettings();
+// What the installation did on Windows: when the machine-wide store holds none of the
+// connection values, stores the start-up values read by ReadSettings (DatabaseName,
+// TempFilename, DatabaseType) and InstallDir, once, so that the settings dialog's cancel path
+// finds working values.
+void StoreInstallationValues();
+
+// The windows that Main shows, modally: the settings dialog only when no connection works;
+// then the main window.
+struct StartupWindows {
+    std::function<void()> showSettingsDialog;
+    std::function<void()> showMainWindow;
+};
+// The program's entry procedure. Returns false when the program is to end at once.
+bool Main(const StartupWindows& windows);
+
+// Opens a document (relative to the installation folder) or a link with the desktop's program.
+void OpenRegisteredFile(const QString& fileName);
+
+}  // namespace modGeneral
