@@ -1,3 +1,5 @@
+// about/: the about box.
+// May use: core/startup, core/registry, core.
 #pragma once
 
 #include <QDialog>

@@ -1,3 +1,5 @@
+// app/: the program's entry point: start-up with the settings dialog and the main window.
+// May use: main, settings, core/startup, core/ui, core.
 #include <QApplication>
 #include <QIcon>
 #include <memory>

@@ -2,6 +2,7 @@
 
 #include <QSqlQuery>
 
+#include "collection/Statements.h"
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
 
@@ -73,17 +74,8 @@ const QString RecipesWithBadPlaces = QStringLiteral(
     "GROUP BY recipeID HAVING MIN(place) <> 1 OR MAX(place) <> COUNT(*) OR COUNT(DISTINCT "
     "place) <> COUNT(*) ORDER BY recipeID;");
 
-QSqlQuery Run(DbConnection& connection, const QString& sql) {
-    QSqlQuery query(connection.Database());
-    query.setForwardOnly(true);
-    if (!query.exec(connection.Translate(sql))) {
-        modDatabase::RaiseDriverError(connection, query.lastError());
-    }
-    return query;
-}
-
 QList<qint64> Keys(DbConnection& connection, const QString& sql) {
-    QSqlQuery query = Run(connection, sql);
+    QSqlQuery query = Statements::Run(connection, sql);
     QList<qint64> keys;
     while (query.next()) {
         keys << query.value(0).toLongLong();
@@ -92,7 +84,7 @@ QList<qint64> Keys(DbConnection& connection, const QString& sql) {
 }
 
 QStringList Integrity(DbConnection& connection) {
-    QSqlQuery query = Run(connection, QStringLiteral("PRAGMA integrity_check;"));
+    QSqlQuery query = Statements::Run(connection, QStringLiteral("PRAGMA integrity_check;"));
     QStringList lines;
     while (query.next()) {
         lines << query.value(0).toString();
@@ -107,8 +99,8 @@ void Delete(DbConnection& connection, const QString& table, const QString& key,
         for (qint64 value : keys.mid(first, KeysPerStatement)) {
             numbers << QString::number(value);
         }
-        Run(connection, QStringLiteral("DELETE FROM [%1] WHERE %2 IN (%3);")
-                            .arg(table, key, numbers.join(QStringLiteral(", "))));
+        Statements::Run(connection, QStringLiteral("DELETE FROM [%1] WHERE %2 IN (%3);")
+                                        .arg(table, key, numbers.join(QStringLiteral(", "))));
     }
 }
 

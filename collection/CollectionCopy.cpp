@@ -11,6 +11,7 @@
 #include <numeric>
 #include <optional>
 
+#include "collection/Statements.h"
 #include "core/AppError.h"
 #include "core/database/Schema.h"
 #include "core/database/modDatabase.h"
@@ -26,18 +27,10 @@ constexpr int MostRowsPerStatement = 500;
 // A copy stopped by the user; the target is rolled back.
 struct Interrupted {};
 
-QSqlQuery Run(DbConnection& connection, const QString& sql) {
-    QSqlQuery query(connection.Database());
-    query.setForwardOnly(true);
-    if (!query.exec(connection.Translate(sql))) {
-        modDatabase::RaiseDriverError(connection, query.lastError());
-    }
-    return query;
-}
-
 // The columns of a table as the database lists them; the first is the key.
 QStringList Columns(DbConnection& connection, const QString& table) {
-    QSqlQuery query = Run(connection, QStringLiteral("SELECT * FROM [%1] WHERE 1 = 0;").arg(table));
+    QSqlQuery query =
+        Statements::Run(connection, QStringLiteral("SELECT * FROM [%1] WHERE 1 = 0;").arg(table));
     QStringList names;
     for (int i = 0; i < query.record().count(); ++i) {
         names << query.record().fieldName(i);
@@ -103,7 +96,7 @@ class TableReader {
 public:
     TableReader(DbConnection& connection, const QString& table)
         : m_columns(Columns(connection, table)),
-          m_query(Run(
+          m_query(Statements::Run(
               connection,
               QStringLiteral("SELECT * FROM [%1] ORDER BY %2;").arg(table, m_columns.value(0)))) {}
 
@@ -125,7 +118,8 @@ private:
 };
 
 qint64 CountRows(DbConnection& connection, const QString& table) {
-    QSqlQuery query = Run(connection, QStringLiteral("SELECT COUNT(*) FROM [%1];").arg(table));
+    QSqlQuery query =
+        Statements::Run(connection, QStringLiteral("SELECT COUNT(*) FROM [%1];").arg(table));
     return query.next() ? query.value(0).toLongLong() : 0;
 }
 
@@ -256,9 +250,10 @@ TableSummary CopyTable(DbConnection& source, DbConnection& target, const QString
 void ContinueServerKeys(DbConnection& target) {
     for (const QString& table : Schema::TableNames()) {
         const QString key = Columns(target, table).value(0).toLower();
-        Run(target, QStringLiteral("SELECT setval(pg_get_serial_sequence('\"%1\"', '%2'), "
-                                   "COALESCE((SELECT MAX(%2) FROM [%3]), 0) + 1, false);")
-                        .arg(table.toLower(), key, table));
+        Statements::Run(target,
+                        QStringLiteral("SELECT setval(pg_get_serial_sequence('\"%1\"', '%2'), "
+                                       "COALESCE((SELECT MAX(%2) FROM [%3]), 0) + 1, false);")
+                            .arg(table.toLower(), key, table));
     }
 }
 
@@ -283,7 +278,8 @@ void Verify(const std::vector<TableSummary>& copied, const std::vector<TableSumm
 
 // One snapshot of the source for the whole copy.
 void BeginReading(DbConnection& source) {
-    Run(source, source.Kind() == modDatabase::ServerDatabase
+    Statements::Run(
+        source, source.Kind() == modDatabase::ServerDatabase
                     ? QStringLiteral("START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
                     : QStringLiteral("BEGIN"));
 }
@@ -293,7 +289,7 @@ std::vector<TableSummary> CopyAll(DbConnection& source, DbConnection& target, co
     if (target.Kind() == modDatabase::ServerDatabase) {
         // The server's notices (an extension already there, a rollback after a failure) are
         // not the tool's output.
-        Run(target, QStringLiteral("SET client_min_messages TO ERROR"));
+        Statements::Run(target, QStringLiteral("SET client_min_messages TO ERROR"));
     }
     QSqlDatabase db = target.Database();
     if (!db.transaction()) {

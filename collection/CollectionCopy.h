@@ -1,3 +1,6 @@
+// collection/: whole collections, with no window: copying, checking and backing them up, the
+// sample and the generated collections, and the rows of a recipe's parts that windows delete.
+// May use: core/database, core.
 #pragma once
 
 #include <QByteArray>

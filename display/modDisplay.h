@@ -1,3 +1,6 @@
+// display/: the pages: their bytes written to the display file, read as a browser reads them,
+// shown and printed, alone or as a book.
+// May use: core/database, core/registry, core/ui, core.
 #pragma once
 
 #include <QString>

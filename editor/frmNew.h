@@ -1,3 +1,5 @@
+// editor/: the recipe editor and the section picker.
+// May use: lists, collection, core/database, core/ui, core.
 #pragma once
 
 #include <QDialog>

@@ -1,3 +1,5 @@
+// lists/: the record entry dialog, the list editor and the replacement dialog.
+// May use: core/database, core/ui, core.
 #pragma once
 
 #include <QDialog>

@@ -1,3 +1,6 @@
+// main/: the main window, which opens every other window.
+// May use: about, settings, lists, search, editor, display, collection, core/startup, core/database,
+// core/registry, core/ui, core.
 #pragma once
 
 #include <QMainWindow>

@@ -1,3 +1,5 @@
+// search/: the search window and the query it builds from the criteria.
+// May use: core/database, core/ui, core.
 #pragma once
 
 #include <QString>

@@ -1,3 +1,5 @@
+// settings/: the settings dialog, which chooses the collection.
+// May use: core/database, core/registry, core/ui, core.
 #pragma once
 
 #include <QDialog>

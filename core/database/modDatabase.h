@@ -1,3 +1,6 @@
+// core/database/: the one connection (SQLite or PostgreSQL), result sets, the SQL dialect, the
+// one-statement guard, SQLite functions and collation, planner statistics, addresses, the schema.
+// May use: core.
 #pragma once
 
 #include <QSqlDatabase>

@@ -1,3 +1,5 @@
+// core/registry/: the settings store, two registry-style text files of named values.
+// May use: core.
 #pragma once
 
 #include <QString>

@@ -1,3 +1,6 @@
+// core/ui/: the UI services that tests replace (message boxes, the mouse pointer, documents, file
+// dialogs), the shared control helpers, the selection guard and Qt's own Slovenian catalogue.
+// May use: nothing else of the program (Qt only).
 #pragma once
 
 #include <QString>

@@ -1,0 +1,25 @@
+// The tables of a page: their cells as read from the rows, and the mark of recipe lists laid
+// out as rows of text. The Builder's table part is in PageTables.cpp.
+#pragma once
+
+#include <gumbo.h>
+
+#include <QTextFormat>
+
+#include "display/PageStyle.h"
+
+namespace PageDocument::detail {
+
+// Marks the blocks that are the rows of a recipe list (see IsRowList in PageTables.cpp).
+constexpr int RowProperty = QTextFormat::UserProperty + 1;
+
+// A cell of a table: its place in the table's grid and the style it passes on to its content.
+struct Cell {
+    const GumboNode* node;
+    int row;
+    int column;
+    int span;
+    Style style;
+};
+
+}  // namespace PageDocument::detail
