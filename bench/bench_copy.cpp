@@ -10,13 +10,13 @@
 // Usage: bench_copy [--cache-dir DIR] [--pg-server HOST:PORT] [--recipes N]
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QThread>
-#include <cstdio>
+#include <algorithm>
 
+#include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
+#include "bench/support/Workspace.h"
 #include "collection/CollectionBackup.h"
 #include "collection/CollectionCopy.h"
 #include "core/database/modDatabase.h"
@@ -27,33 +27,17 @@ namespace {
 
 constexpr double TargetSeconds = 60.0;
 
+// The options, in the order of the usage line, and what they set.
 struct Options {
+    std::vector<Option> List() {
+        return {Text("--cache-dir", "DIR", cacheDir), Text("--pg-server", "HOST:PORT", pgServer),
+                Count("--recipes", recipes)};
+    }
+
     QString cacheDir;
     QString pgServer;
     int recipes = 100000;
 };
-
-bool ParseOptions(const QStringList& arguments, Options& options) {
-    for (int i = 1; i + 1 < arguments.size(); i += 2) {
-        const QString& name = arguments[i];
-        const QString& value = arguments[i + 1];
-        bool ok = true;
-        if (name == QLatin1String("--cache-dir")) {
-            options.cacheDir = value;
-        } else if (name == QLatin1String("--pg-server")) {
-            options.pgServer = value;
-        } else if (name == QLatin1String("--recipes")) {
-            options.recipes = value.toInt(&ok);
-            ok = ok && options.recipes > 0;
-        } else {
-            ok = false;
-        }
-        if (!ok) {
-            return false;
-        }
-    }
-    return arguments.size() % 2 == 1;
-}
 
 DatabaseAddress::Address FileAddress(const QString& file) {
     return {modDatabase::FileDatabase, QString(), file, QString(), QString()};
@@ -104,62 +88,52 @@ int MeasureBackup(const QString& source, const QString& folder) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    Options options;
-    if (!ParseOptions(QCoreApplication::arguments(), options)) {
-        std::fprintf(stderr,
-                     "usage: bench_copy [--cache-dir DIR] [--pg-server HOST:PORT] [--recipes N]\n");
-        return 2;
-    }
-    QTemporaryDir work;
-    if (!work.isValid()) {
-        std::fprintf(stderr, "cannot create a temporary folder\n");
+// Both ways between a file and the server, each beside the generator writing the same rows into
+// a database of the same kind.
+int MeasureCopies(const QString& server, const QString& source, int recipes,
+                  const Workspace& work) {
+    const QString fileBack = work.File(QStringLiteral("back.sqlite"));
+    const QString fileFloor = work.File(QStringLiteral("floor.sqlite"));
+    const double there = TimeCopy(FileAddress(source), ServerAddress(server, "bench_copy"));
+    const double thereFloor = GenerateInto(modDatabase::ServerDatabase, server,
+                                           QStringLiteral("bench_copy_floor"), recipes);
+    const double back = TimeCopy(ServerAddress(server, "bench_copy"), FileAddress(fileBack));
+    const double backFloor = GenerateInto(modDatabase::FileDatabase, QString(), fileFloor, recipes);
+    RemoveSqliteFiles(fileBack);
+    RemoveSqliteFiles(fileFloor);
+    if (there < 0 || thereFloor < 0 || back < 0 || backFloor < 0) {
         return 1;
     }
-    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
-    const bool cached = !options.cacheDir.isEmpty();
-    const QString folder = cached ? options.cacheDir : work.path();
-    QDir().mkpath(folder);
-    QDir::setCurrent(work.path());
+    Print(QStringLiteral("%1 recipes").arg(recipes));
+    PrintCopy(QStringLiteral("file to server"), there, thereFloor);
+    PrintCopy(QStringLiteral("server to file"), back, backFloor);
+    return 0;
+}
+
+int Measure(const Options& options, const Workspace& work) {
     Print(QStringLiteral("bench_copy: %1 cores, %2")
               .arg(QThread::idealThreadCount())
               .arg(LoadAverage()));
-
-    const QString source = SqliteDatabase(folder, cached, options.recipes);
+    const QString source = work.Database(options.recipes);
     if (source.isEmpty()) {
         return 1;
     }
-    int status = MeasureBackup(source, work.path());
-    if (options.pgServer.isEmpty()) {
+    int status = MeasureBackup(source, work.Path());
+    const QString& server = options.pgServer;
+    if (server.isEmpty()) {
         Print(QStringLiteral("postgresql  skipped: no --pg-server HOST:PORT given"));
-        Print(QStringLiteral("done, %1").arg(LoadAverage()));
-        return status;
-    }
-    const QString server = options.pgServer;
-    const QString fileBack = work.path() + QStringLiteral("/back.sqlite");
-    const QString fileFloor = work.path() + QStringLiteral("/floor.sqlite");
-    if (!CreateServerDatabase(server, QStringLiteral("bench_copy")) ||
-        !CreateServerDatabase(server, QStringLiteral("bench_copy_floor"))) {
+    } else if (!CreateServerDatabase(server, QStringLiteral("bench_copy")) ||
+               !CreateServerDatabase(server, QStringLiteral("bench_copy_floor"))) {
         return 1;
-    }
-    const double there = TimeCopy(FileAddress(source), ServerAddress(server, "bench_copy"));
-    const double thereFloor = GenerateInto(modDatabase::ServerDatabase, server,
-                                           QStringLiteral("bench_copy_floor"), options.recipes);
-    const double back = TimeCopy(ServerAddress(server, "bench_copy"), FileAddress(fileBack));
-    const double backFloor =
-        GenerateInto(modDatabase::FileDatabase, QString(), fileFloor, options.recipes);
-    if (there < 0 || thereFloor < 0 || back < 0 || backFloor < 0) {
-        status = 1;
     } else {
-        Print(QStringLiteral("%1 recipes").arg(options.recipes));
-        PrintCopy(QStringLiteral("file to server"), there, thereFloor);
-        PrintCopy(QStringLiteral("server to file"), back, backFloor);
+        status = std::max(status, MeasureCopies(server, source, options.recipes, work));
     }
-    RemoveSqliteFiles(fileBack);
-    RemoveSqliteFiles(fileFloor);
-    Print(QStringLiteral("done, %1").arg(LoadAverage()));
+    PrintDone();
     return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return Main<QCoreApplication>(argc, argv, "bench_copy", Measure);
 }

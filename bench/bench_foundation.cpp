@@ -9,29 +9,19 @@
 #include <sqlite3.h>
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QStringList>
-#include <QTemporaryDir>
 #include <QThread>
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <memory>
 #include <random>
 #include <vector>
 
+#include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
 #include "bench/support/SqliteFloor.h"
-#include "collection/SyntheticDatabase.h"
-#include "core/AppError.h"
+#include "bench/support/Workspace.h"
 #include "core/database/Recordset.h"
-#include "core/database/Schema.h"
-#include "core/database/SqliteExtensions.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
@@ -40,7 +30,14 @@ namespace {
 
 using namespace Bench;
 
+// The options, in the order of the usage line, and what they set.
 struct Options {
+    std::vector<Option> List() {
+        return {Text("--cache-dir", "DIR", cacheDir), Text("--pg-server", "HOST:PORT", pgServer),
+                Sizes("--sizes", "N,N...", sizes),    Count("--runs", runs),
+                Count("--warmups", warmups, 0),       Count("--displays", displays)};
+    }
+
     QString cacheDir;
     QString pgServer;
     std::vector<int> sizes{10000, 100000};
@@ -196,157 +193,201 @@ private:
     Bench::SqliteFloor m_floor;
 };
 
-// ---- databases ---------------------------------------------------------------------------------
-
 // ---- measurements ------------------------------------------------------------------------------
 
 QString PassText(const Pass& pass) {
     return QStringLiteral("%1 queries, %2 rows").arg(pass.queries).arg(pass.rows);
 }
 
+// The catalogue's runs after the warm-ups: through GetRecordset and, for SQLite, through the
+// floor with and without the program's functions, run alternately.
+struct CatalogueRuns {
+    std::vector<double> recordset;
+    std::vector<double> floor;
+    std::vector<double> plain;
+    Pass recordsetPass;
+    Pass floorPass;
+};
+
+// Milliseconds of one pass of the floor, 0 without one.
+double TimeFloor(CatalogueFloor* floor, Pass& pass) {
+    if (!floor) {
+        return 0.0;
+    }
+    const auto start = Clock::now();
+    pass = floor->Catalogue();
+    return MillisecondsSince(start);
+}
+
+CatalogueRuns TimeCatalogue(const Options& options, CatalogueFloor* floor,
+                            CatalogueFloor* plainFloor) {
+    CatalogueRuns runs;
+    Pass plainPass;
+    for (int run = 0; run < options.warmups + options.runs; ++run) {
+        const auto start = Clock::now();
+        runs.recordsetPass = CatalogueThroughRecordset();
+        const double recordsetMs = MillisecondsSince(start);
+        const double floorMs = TimeFloor(floor, runs.floorPass);
+        const double plainMs = TimeFloor(plainFloor, plainPass);
+        if (run >= options.warmups) {
+            runs.recordset.push_back(recordsetMs);
+            runs.floor.push_back(floorMs);
+            runs.plain.push_back(plainMs);
+        }
+    }
+    return runs;
+}
+
+QString RunsText(const Pass& pass, const Options& options) {
+    return QStringLiteral("%1; %2 runs after %3 warm-ups")
+        .arg(PassText(pass))
+        .arg(options.runs)
+        .arg(options.warmups);
+}
+
+// On PostgreSQL, without a floor.
+void PrintCatalogue(const QString& where, const CatalogueRuns& runs, const Options& options) {
+    Print(where + QStringLiteral("  catalogue GetRecordset median %1 ms  min %2 ms  (%3)")
+                      .arg(Fixed(Median(runs.recordset)),
+                           Fixed(*std::min_element(runs.recordset.begin(), runs.recordset.end())),
+                           RunsText(runs.recordsetPass, options)));
+}
+
+void PrintCatalogueBesideFloor(const QString& where, const CatalogueRuns& runs,
+                               const Options& options, bool plainFloor) {
+    const double floorMedian = Median(runs.floor);
+    const double ratio = Ratio(Median(runs.recordset), floorMedian);
+    Print(where + QStringLiteral("  catalogue GetRecordset median %1 ms  floor %2 ms  ratio %3 %4  "
+                                 "(floor without the program's functions %5 ms; %6)")
+                      .arg(Fixed(Median(runs.recordset)), Fixed(floorMedian), Fixed(ratio),
+                           Verdict(QStringLiteral("<= 1.3"), ratio <= 1.3),
+                           plainFloor ? Fixed(Median(runs.plain)) : QStringLiteral("-"),
+                           RunsText(runs.recordsetPass, options)));
+    if (!runs.recordsetPass.SameAs(runs.floorPass)) {
+        Print(where + QStringLiteral("  WARNING: GetRecordset and the floor saw different rows (%1 "
+                                     "vs %2, order fingerprint %3 vs %4)")
+                          .arg(PassText(runs.recordsetPass), PassText(runs.floorPass))
+                          .arg(runs.recordsetPass.fingerprint, 0, 16)
+                          .arg(runs.floorPass.fingerprint, 0, 16));
+    }
+}
+
 // Median of the catalogue through GetRecordset, and (for SQLite) of the floor, run alternately.
 void MeasureCatalogue(const QString& label, int recipes, const Options& options,
                       CatalogueFloor* floor, CatalogueFloor* plainFloor = nullptr) {
-    std::vector<double> recordsetTimes;
-    std::vector<double> floorTimes;
-    std::vector<double> plainTimes;
-    Pass recordsetPass;
-    Pass floorPass;
+    const QString where = Where(label, recipes);
+    CatalogueRuns runs;
     try {
-        for (int run = 0; run < options.warmups + options.runs; ++run) {
-            auto start = Clock::now();
-            recordsetPass = CatalogueThroughRecordset();
-            const double recordsetMs = Milliseconds(Clock::now() - start);
-            double floorMs = 0.0;
-            if (floor) {
-                start = Clock::now();
-                floorPass = floor->Catalogue();
-                floorMs = Milliseconds(Clock::now() - start);
-            }
-            double plainMs = 0.0;
-            if (plainFloor) {
-                start = Clock::now();
-                plainFloor->Catalogue();
-                plainMs = Milliseconds(Clock::now() - start);
-            }
-            if (run >= options.warmups) {
-                recordsetTimes.push_back(recordsetMs);
-                floorTimes.push_back(floorMs);
-                plainTimes.push_back(plainMs);
-            }
-        }
+        runs = TimeCatalogue(options, floor, plainFloor);
     } catch (...) {
-        Print(QStringLiteral("%1  %2 recipes  catalogue failed: %3")
-                  .arg(label)
-                  .arg(recipes)
-                  .arg(ErrorText()));
+        Print(where + QStringLiteral("  catalogue failed: %1").arg(ErrorText()));
         return;
     }
-    const double recordsetMedian = Median(recordsetTimes);
     if (!floor) {
-        Print(QStringLiteral("%1  %2 recipes  catalogue GetRecordset median %3 ms  min %4 ms  "
-                             "(%5; %6 runs after %7 warm-ups)")
-                  .arg(label)
-                  .arg(recipes)
-                  .arg(Fixed(recordsetMedian))
-                  .arg(Fixed(*std::min_element(recordsetTimes.begin(), recordsetTimes.end())))
-                  .arg(PassText(recordsetPass))
-                  .arg(options.runs)
-                  .arg(options.warmups));
-        return;
+        PrintCatalogue(where, runs, options);
+    } else if (!floor->Error().isEmpty()) {
+        Print(where + QStringLiteral("  floor failed: %1").arg(floor->Error()));
+    } else {
+        PrintCatalogueBesideFloor(where, runs, options, plainFloor != nullptr);
     }
-    if (!floor->Error().isEmpty()) {
-        Print(QStringLiteral("%1  %2 recipes  floor failed: %3")
-                  .arg(label)
-                  .arg(recipes)
-                  .arg(floor->Error()));
-        return;
+}
+
+// DisplayRecipe on each recipe, then its two halves apart: building the page, writing the file.
+struct DisplayRuns {
+    std::vector<double> displays;
+    std::vector<double> pages;
+    std::vector<double> writes;
+    qsizetype pageChars = 0;
+};
+
+// The recipes to show: picked at random, the same ones every run.
+std::vector<qint32> RandomRecipes(int recipes, int count) {
+    std::mt19937 random(20261122);
+    std::uniform_int_distribution<qint32> pick(1, recipes);
+    std::vector<qint32> ids(count);
+    for (qint32& id : ids) {
+        id = pick(random);
     }
-    const double floorMedian = Median(floorTimes);
-    const double ratio = floorMedian > 0 ? recordsetMedian / floorMedian : 0.0;
-    Print(QStringLiteral("%1  %2 recipes  catalogue GetRecordset median %3 ms  floor %4 ms  "
-                         "ratio %5 %6  (floor without the program's functions %7 ms; %8; %9 "
-                         "runs after %10 warm-ups)")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(recordsetMedian))
-              .arg(Fixed(floorMedian))
-              .arg(Fixed(ratio))
-              .arg(ratio <= 1.3 ? QStringLiteral("[target <= 1.3 met]")
-                                : QStringLiteral("[target <= 1.3 MISSED]"))
-              .arg(plainFloor ? Fixed(Median(plainTimes)) : QStringLiteral("-"))
-              .arg(PassText(recordsetPass))
-              .arg(options.runs)
-              .arg(options.warmups));
-    if (!recordsetPass.SameAs(floorPass)) {
-        Print(QStringLiteral("%1  %2 recipes  WARNING: GetRecordset and the floor saw different "
-                             "rows (%3 vs %4, order fingerprint %5 vs %6)")
-                  .arg(label)
-                  .arg(recipes)
-                  .arg(PassText(recordsetPass), PassText(floorPass))
-                  .arg(recordsetPass.fingerprint, 0, 16)
-                  .arg(floorPass.fingerprint, 0, 16));
+    return ids;
+}
+
+DisplayRuns TimeDisplays(const std::vector<qint32>& ids) {
+    DisplayRuns runs;
+    for (size_t i = 0; i < 20 && i < ids.size(); ++i) {  // warm-up
+        modDisplay::DisplayRecipe(ids[i]);
     }
+    for (const qint32 id : ids) {
+        const auto start = Clock::now();
+        modDisplay::DisplayRecipe(id);
+        runs.displays.push_back(MillisecondsSince(start));
+    }
+    for (const qint32 id : ids) {
+        auto start = Clock::now();
+        const QString page = modDisplay::RecipePage(id);
+        runs.pages.push_back(MillisecondsSince(start));
+        start = Clock::now();
+        modDisplay::WriteDisplayFile(page);
+        runs.writes.push_back(MillisecondsSince(start));
+        runs.pageChars += page.size();
+    }
+    return runs;
 }
 
 // Medians of DisplayRecipe and of its two halves (building the page, writing the file).
 void MeasureDisplay(const QString& label, int recipes, const Options& options) {
-    std::mt19937 random(20261122);
-    std::uniform_int_distribution<qint32> pick(1, recipes);
-    std::vector<qint32> ids(options.displays);
-    for (qint32& id : ids) {
-        id = pick(random);
-    }
-    std::vector<double> displayTimes;
-    std::vector<double> pageTimes;
-    std::vector<double> writeTimes;
-    qsizetype pageBytes = 0;
+    const QString where = Where(label, recipes);
+    const std::vector<qint32> ids = RandomRecipes(recipes, options.displays);
+    DisplayRuns runs;
     try {
-        for (int i = 0; i < 20 && i < options.displays; ++i) {  // warm-up
-            modDisplay::DisplayRecipe(ids[i]);
-        }
-        for (const qint32 id : ids) {
-            const auto start = Clock::now();
-            modDisplay::DisplayRecipe(id);
-            displayTimes.push_back(Milliseconds(Clock::now() - start));
-        }
-        for (const qint32 id : ids) {
-            auto start = Clock::now();
-            const QString page = modDisplay::RecipePage(id);
-            pageTimes.push_back(Milliseconds(Clock::now() - start));
-            start = Clock::now();
-            modDisplay::WriteDisplayFile(page);
-            writeTimes.push_back(Milliseconds(Clock::now() - start));
-            pageBytes += page.size();
-        }
+        runs = TimeDisplays(ids);
     } catch (...) {
-        Print(QStringLiteral("%1  %2 recipes  DisplayRecipe failed: %3")
-                  .arg(label)
-                  .arg(recipes)
-                  .arg(ErrorText()));
+        Print(where + QStringLiteral("  DisplayRecipe failed: %1").arg(ErrorText()));
         return;
     }
-    const double median = Median(displayTimes);
-    std::vector<double> sorted = displayTimes;
+    const double median = Median(runs.displays);
+    std::vector<double> sorted = runs.displays;
     std::sort(sorted.begin(), sorted.end());
     const double p95 = sorted[std::min(sorted.size() - 1, sorted.size() * 95 / 100)];
-    Print(QStringLiteral("%1  %2 recipes  DisplayRecipe median %3 ms %4  p95 %5 ms  max %6 ms  "
-                         "(%7 recipes; page alone %8 ms, file write alone %9 ms, mean page "
-                         "%10 chars)")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(median, 3))
-              .arg(median < 1.0 ? QStringLiteral("[target < 1 ms met]")
-                                : QStringLiteral("[target < 1 ms MISSED]"))
-              .arg(Fixed(p95, 3))
-              .arg(Fixed(sorted.back(), 3))
-              .arg(options.displays)
-              .arg(Fixed(Median(pageTimes), 3))
-              .arg(Fixed(Median(writeTimes), 3))
-              .arg(ids.empty() ? 0 : pageBytes / static_cast<qsizetype>(ids.size())));
+    Print(where + QStringLiteral("  DisplayRecipe median %1 ms %2  p95 %3 ms  max %4 ms  (%5 "
+                                 "recipes; page alone %6 ms, file write alone %7 ms, mean page "
+                                 "%8 chars)")
+                      .arg(Fixed(median, 3), Verdict(QStringLiteral("< 1 ms"), median < 1.0),
+                           Fixed(p95, 3), Fixed(sorted.back(), 3))
+                      .arg(options.displays)
+                      .arg(Fixed(Median(runs.pages), 3), Fixed(Median(runs.writes), 3))
+                      .arg(ids.empty() ? 0 : runs.pageChars / static_cast<qsizetype>(ids.size())));
 }
 
 // ---- PostgreSQL --------------------------------------------------------------------------------
+
+// A database in use has been vacuumed by the server long ago; a fresh one would be vacuumed by
+// autovacuum in the middle of the measurements.
+void Vacuum(const QString& where) {
+    const auto start = Clock::now();
+    QSqlQuery vacuum(modDatabase::Connection->Database());
+    if (vacuum.exec(QStringLiteral("VACUUM ANALYZE"))) {
+        Print(where + QStringLiteral("  VACUUM ANALYZE took %1 s")
+                          .arg(Fixed(MillisecondsSince(start) / 1000.0)));
+    } else {
+        Print(where + QStringLiteral("  VACUUM ANALYZE failed: %1").arg(vacuum.lastError().text()));
+    }
+}
+
+// Generates the database of that size on the server and opens the shared connection on it.
+bool OpenOnServer(const QString& server, int recipes) {
+    const QString name = QStringLiteral("bench_%1").arg(recipes);
+    if (!CreateServerDatabase(server, name)) {
+        return false;
+    }
+    const double seconds = GenerateInto(modDatabase::ServerDatabase, server, name, recipes);
+    if (seconds < 0) {
+        return false;
+    }
+    Print(Where(QStringLiteral("postgresql"), recipes) +
+          QStringLiteral("  generated in %1 s (database %2 on %3)")
+              .arg(Fixed(seconds), name, server));
+    return OpenShared(modDatabase::ServerDatabase, server, name);
+}
 
 void RunPostgres(const Options& options) {
     if (options.pgServer.isEmpty()) {
@@ -357,110 +398,22 @@ void RunPostgres(const Options& options) {
         Print(QStringLiteral("postgresql  skipped: the Qt driver QPSQL is not installed"));
         return;
     }
+    const QString label = QStringLiteral("postgresql");
     for (const int recipes : options.sizes) {
-        const QString name = QStringLiteral("bench_%1").arg(recipes);
         modDatabase::CloseConnection();
-        if (!CreateServerDatabase(options.pgServer, name)) {
+        if (!OpenOnServer(options.pgServer, recipes)) {
             continue;
         }
-        const double seconds =
-            GenerateInto(modDatabase::ServerDatabase, options.pgServer, name, recipes);
-        if (seconds < 0) {
-            continue;
-        }
-        Print(QStringLiteral("postgresql  %1 recipes  generated in %2 s (database %3 on %4)")
-                  .arg(recipes)
-                  .arg(Fixed(seconds))
-                  .arg(name, options.pgServer));
-        if (!OpenShared(modDatabase::ServerDatabase, options.pgServer, name)) {
-            continue;
-        }
-        // A database in use has been vacuumed by the server long ago; a fresh one would be
-        // vacuumed by autovacuum in the middle of the measurements.
-        const auto vacuumStart = Clock::now();
-        QSqlQuery vacuum(modDatabase::Connection->Database());
-        if (vacuum.exec(QStringLiteral("VACUUM ANALYZE"))) {
-            Print(QStringLiteral("postgresql  %1 recipes  VACUUM ANALYZE took %2 s")
-                      .arg(recipes)
-                      .arg(Fixed(Milliseconds(Clock::now() - vacuumStart) / 1000.0)));
-        } else {
-            Print(QStringLiteral("postgresql  %1 recipes  VACUUM ANALYZE failed: %2")
-                      .arg(recipes)
-                      .arg(vacuum.lastError().text()));
-        }
-        MeasureCatalogue(QStringLiteral("postgresql"), recipes, options, nullptr);
-        MeasureDisplay(QStringLiteral("postgresql"), recipes, options);
+        Vacuum(Where(label, recipes));
+        MeasureCatalogue(label, recipes, options, nullptr);
+        MeasureDisplay(label, recipes, options);
         modDatabase::CloseConnection();
     }
 }
 
-// ---- main --------------------------------------------------------------------------------------
+// ---- SQLite ------------------------------------------------------------------------------------
 
-bool ParseOptions(const QStringList& arguments, Options& options) {
-    for (int i = 1; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        const bool hasValue = i + 1 < arguments.size();
-        if (argument == QLatin1String("--cache-dir") && hasValue) {
-            options.cacheDir = arguments[++i];
-        } else if (argument == QLatin1String("--pg-server") && hasValue) {
-            options.pgServer = arguments[++i];
-        } else if (argument == QLatin1String("--sizes") && hasValue) {
-            options.sizes.clear();
-            for (const QString& size : arguments[++i].split(QLatin1Char(','))) {
-                bool ok = false;
-                const int value = size.toInt(&ok);
-                if (!ok || value < 1) {
-                    return false;
-                }
-                options.sizes.push_back(value);
-            }
-        } else if ((argument == QLatin1String("--runs") || argument == QLatin1String("--warmups") ||
-                    argument == QLatin1String("--displays")) &&
-                   hasValue) {
-            bool ok = false;
-            const int value = arguments[++i].toInt(&ok);
-            if (!ok || value < (argument == QLatin1String("--warmups") ? 0 : 1)) {
-                return false;
-            }
-            (argument == QLatin1String("--runs")      ? options.runs
-             : argument == QLatin1String("--warmups") ? options.warmups
-                                                      : options.displays) = value;
-        } else {
-            return false;
-        }
-    }
-    return true;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    Options options;
-    if (!ParseOptions(QCoreApplication::arguments(), options)) {
-        std::fprintf(stderr,
-                     "usage: bench_foundation [--cache-dir DIR] [--pg-server HOST:PORT] "
-                     "[--sizes N,N...] [--runs N] [--warmups N] [--displays N]\n");
-        return 2;
-    }
-
-    // Relative paths are taken before the current folder changes.
-    const bool cached = !options.cacheDir.isEmpty();
-    const QString sqliteFolderCached = cached ? QDir(options.cacheDir).absolutePath() : QString();
-    if (cached && !QDir().mkpath(sqliteFolderCached)) {
-        std::fprintf(stderr, "cannot create %s\n", qPrintable(sqliteFolderCached));
-        return 1;
-    }
-    QTemporaryDir work;
-    if (!work.isValid()) {
-        std::fprintf(stderr, "cannot create a temporary folder\n");
-        return 1;
-    }
-    const QString sqliteFolder = cached ? sqliteFolderCached : work.path();
-    // Nothing the program's code writes on the way (error log) lands in the current folder.
-    QDir::setCurrent(work.path());
-    modGeneral::TempFilename = work.path() + QStringLiteral("/tmpRecipeDB.html");
-
+void PrintMethod(const Options& options) {
     Print(QStringLiteral("bench_foundation: %1 cores (QThread::idealThreadCount), SQLite %2, "
                          "Qt %3, %4")
               .arg(QThread::idealThreadCount())
@@ -483,33 +436,41 @@ int main(int argc, char** argv) {
               "20 warm-up calls; display file %2")
               .arg(options.displays)
               .arg(modGeneral::TempFilename));
+}
 
+// The catalogue beside its floors and DisplayRecipe on the SQLite file; 1 when it cannot run.
+int MeasureFile(const QString& fileName, int recipes, const Options& options) {
+    if (!OpenShared(modDatabase::FileDatabase, QString(), fileName)) {
+        return 1;
+    }
+    {
+        CatalogueFloor floor(fileName, true);
+        CatalogueFloor plainFloor(fileName, false);
+        if (!floor.Error().isEmpty()) {
+            Print(QStringLiteral("  floor cannot open %1: %2").arg(fileName, floor.Error()));
+            return 1;
+        }
+        MeasureCatalogue(QStringLiteral("sqlite"), recipes, options, &floor, &plainFloor);
+    }
+    MeasureDisplay(QStringLiteral("sqlite"), recipes, options);
+    modDatabase::CloseConnection();
+    return 0;
+}
+
+int Measure(const Options& options, const Workspace& work) {
+    PrintMethod(options);
     int status = 0;
     for (const int recipes : options.sizes) {
-        const QString fileName = SqliteDatabase(sqliteFolder, cached, recipes);
-        if (fileName.isEmpty()) {
-            status = 1;
-            continue;
-        }
-        if (!OpenShared(modDatabase::FileDatabase, QString(), fileName)) {
-            status = 1;
-            continue;
-        }
-        {
-            CatalogueFloor floor(fileName, true);
-            CatalogueFloor plainFloor(fileName, false);
-            if (!floor.Error().isEmpty()) {
-                Print(QStringLiteral("  floor cannot open %1: %2").arg(fileName, floor.Error()));
-                status = 1;
-                continue;
-            }
-            MeasureCatalogue(QStringLiteral("sqlite"), recipes, options, &floor, &plainFloor);
-        }
-        MeasureDisplay(QStringLiteral("sqlite"), recipes, options);
-        modDatabase::CloseConnection();
+        const QString fileName = work.Database(recipes);
+        status |= fileName.isEmpty() ? 1 : MeasureFile(fileName, recipes, options);
     }
-
     RunPostgres(options);
-    Print(QStringLiteral("done, %1").arg(LoadAverage()));
+    PrintDone();
     return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return Main<QCoreApplication>(argc, argv, "bench_foundation", Measure);
 }

@@ -12,15 +12,15 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QSqlQuery>
-#include <QTemporaryDir>
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QThread>
 #include <QTreeWidget>
 #include <random>
 
+#include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
+#include "bench/support/Workspace.h"
 #include "core/Windows1250.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
@@ -32,7 +32,14 @@ using namespace Bench;
 
 namespace {
 
+// The options, in the order of the usage line, and what they set.
 struct Options {
+    std::vector<Option> List() {
+        return {Path("--program", "PATH", program),   Path("--sample", "FILE", sample),
+                Text("--cache-dir", "DIR", cacheDir), Text("--pg-server", "HOST:PORT", pgServer),
+                Sizes("--sizes", "N,N", sizes),       Count("--runs", runs)};
+    }
+
     QString program;
     QString sample;
     QString cacheDir;
@@ -55,127 +62,200 @@ std::vector<QTreeWidgetItem*> RecipeNodes(QTreeWidget* tree) {
     return nodes;
 }
 
-// A click on each group node until its page is painted, and where that time goes: writing the
-// page (queries and file), reading the file, the HTML5 parse alone (the floor of showing any
-// page), building the document, and the view taking it and painting its first screen.
-void MeasureGroupClicks(frmMain& window, const QString& label, int recipes) {
-    std::vector<double> clicks, writes, reads, parses, builds, shows, formers;
-    int rows = 0;
-    for (int i = 0; i < 2 * window.tvRecipes->topLevelItemCount(); ++i) {
-        QTreeWidgetItem* group =
-            window.tvRecipes->topLevelItem(i % window.tvRecipes->topLevelItemCount());
-        if (window.tvRecipes->currentItem() == group) {
-            continue;
-        }
-        auto start = Clock::now();
-        window.tvRecipes->setCurrentItem(group);
-        window.webDisplay->viewport()->repaint();
-        clicks.push_back(Milliseconds(Clock::now() - start));
-        rows = std::max(rows, window.webDisplay->document()->blockCount());
-
-        start = Clock::now();
-        modDisplay::DisplayGroup(modGeneral::ItemKey(group).mid(1).toInt());
-        writes.push_back(Milliseconds(Clock::now() - start));
-        start = Clock::now();
-        QFile file(modGeneral::TempFilename);
-        file.open(QIODevice::ReadOnly);
-        const QByteArray bytes = file.readAll();
-        reads.push_back(Milliseconds(Clock::now() - start));
-        start = Clock::now();
-        const QByteArray utf8 = Windows1250::Decode(bytes).toUtf8();
-        GumboOutput* parsed =
-            gumbo_parse_with_options(&kGumboDefaultOptions, utf8.constData(), utf8.size());
-        parses.push_back(Milliseconds(Clock::now() - start));
-        gumbo_destroy_output(&kGumboDefaultOptions, parsed);
-        start = Clock::now();
-        auto* document = new QTextDocument(window.webDisplay);
-        PageDocument::BuildFromBytes(*document, bytes);
-        PageDocument::FitWidth(*document, window.webDisplay->viewport()->width());
-        builds.push_back(Milliseconds(Clock::now() - start));
-        QTextDocument* shown = window.webDisplay->document();
-        start = Clock::now();
-        window.webDisplay->setDocument(document);
-        window.webDisplay->viewport()->repaint();
-        shows.push_back(Milliseconds(Clock::now() - start));
-        window.webDisplay->setDocument(shown);
-        delete document;
-        // the former viewer: Qt's own HTML reader on the same page, shown in a view alike
-        QTextBrowser former;
-        former.resize(window.webDisplay->size());
-        former.show();
-        start = Clock::now();
-        former.setHtml(Windows1250::Decode(bytes));
-        former.viewport()->repaint();
-        formers.push_back(Milliseconds(Clock::now() - start));
-    }
-    Print(QStringLiteral("%1  %2 recipes  group node click to page shown median %3 ms "
-                         "(%4 clicks, up to %5 blocks)")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(Median(clicks)))
-              .arg(clicks.size())
-              .arg(rows));
-    Print(QStringLiteral("%1  %2 recipes    of which: page written %3 ms, file read %4 ms, "
-                         "HTML5 parse alone (floor) %5 ms, document built (parse included) %6 ms, "
-                         "view takes it and paints %7 ms")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(Median(writes)))
-              .arg(Fixed(Median(reads)))
-              .arg(Fixed(Median(parses)))
-              .arg(Fixed(Median(builds)))
-              .arg(Fixed(Median(shows))));
-    Print(QStringLiteral("%1  %2 recipes    before: the same page through QTextBrowser::setHtml "
-                         "%3 ms (the former viewer, page writing not included)")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(Median(formers))));
+QString MedianText(const std::vector<double>& values, int decimals = 2) {
+    return Fixed(Median(values), decimals);
 }
 
-void MeasureWindow(const QString& label, int recipes, const Options& options) {
-    frmMain window;
-    window.show();
-    QApplication::processEvents();
+// Where the time of a group page goes: writing the page (queries and file), reading the file,
+// the HTML5 parse alone (the floor of showing any page), building the document, and the view
+// taking it and painting its first screen; and the former viewer on the same page.
+struct PageSteps {
+    std::vector<double> writes, reads, parses, builds, shows, formers;
+};
+
+// The HTML5 parse alone.
+double TimeParse(const QByteArray& bytes) {
+    const auto start = Clock::now();
+    const QByteArray utf8 = Windows1250::Decode(bytes).toUtf8();
+    GumboOutput* parsed =
+        gumbo_parse_with_options(&kGumboDefaultOptions, utf8.constData(), utf8.size());
+    const double ms = MillisecondsSince(start);
+    gumbo_destroy_output(&kGumboDefaultOptions, parsed);
+    return ms;
+}
+
+// A document built from the page and shown in the window's view in place of its own.
+void TimeDocument(frmMain& window, const QByteArray& bytes, PageSteps& steps) {
+    auto start = Clock::now();
+    auto* document = new QTextDocument(window.webDisplay);
+    PageDocument::BuildFromBytes(*document, bytes);
+    PageDocument::FitWidth(*document, window.webDisplay->viewport()->width());
+    steps.builds.push_back(MillisecondsSince(start));
+    QTextDocument* shown = window.webDisplay->document();
+    start = Clock::now();
+    window.webDisplay->setDocument(document);
+    window.webDisplay->viewport()->repaint();
+    steps.shows.push_back(MillisecondsSince(start));
+    window.webDisplay->setDocument(shown);
+    delete document;
+}
+
+// The former viewer: Qt's own HTML reader on the same page, shown in a view alike.
+double TimeFormerViewer(frmMain& window, const QByteArray& bytes) {
+    QTextBrowser former;
+    former.resize(window.webDisplay->size());
+    former.show();
+    const auto start = Clock::now();
+    former.setHtml(Windows1250::Decode(bytes));
+    former.viewport()->repaint();
+    return MillisecondsSince(start);
+}
+
+void TimePageSteps(frmMain& window, QTreeWidgetItem* group, PageSteps& steps) {
+    auto start = Clock::now();
+    modDisplay::DisplayGroup(modGeneral::ItemKey(group).mid(1).toInt());
+    steps.writes.push_back(MillisecondsSince(start));
+    start = Clock::now();
+    QFile file(modGeneral::TempFilename);
+    file.open(QIODevice::ReadOnly);
+    const QByteArray bytes = file.readAll();
+    steps.reads.push_back(MillisecondsSince(start));
+    steps.parses.push_back(TimeParse(bytes));
+    TimeDocument(window, bytes, steps);
+    steps.formers.push_back(TimeFormerViewer(window, bytes));
+}
+
+void PrintPageSteps(const QString& where, const PageSteps& steps) {
+    Print(where + QStringLiteral("    of which: page written %1 ms, file read %2 ms, HTML5 parse "
+                                 "alone (floor) %3 ms, document built (parse included) %4 ms, "
+                                 "view takes it and paints %5 ms")
+                      .arg(MedianText(steps.writes), MedianText(steps.reads),
+                           MedianText(steps.parses), MedianText(steps.builds),
+                           MedianText(steps.shows)));
+    Print(where + QStringLiteral("    before: the same page through QTextBrowser::setHtml %1 ms "
+                                 "(the former viewer, page writing not included)")
+                      .arg(MedianText(steps.formers)));
+}
+
+// A click on each group node (twice round) until its page is painted, and where that time goes.
+void MeasureGroupClicks(frmMain& window, const QString& where) {
+    QTreeWidget* tree = window.tvRecipes;
+    std::vector<double> clicks;
+    PageSteps steps;
+    int rows = 0;
+    for (int i = 0; i < 2 * tree->topLevelItemCount(); ++i) {
+        QTreeWidgetItem* group = tree->topLevelItem(i % tree->topLevelItemCount());
+        if (tree->currentItem() == group) {
+            continue;
+        }
+        const auto start = Clock::now();
+        tree->setCurrentItem(group);
+        window.webDisplay->viewport()->repaint();
+        clicks.push_back(MillisecondsSince(start));
+        rows = std::max(rows, window.webDisplay->document()->blockCount());
+        TimePageSteps(window, group, steps);
+    }
+    Print(where + QStringLiteral("  group node click to page shown median %1 ms (%2 clicks, up to "
+                                 "%3 blocks)")
+                      .arg(MedianText(clicks))
+                      .arg(clicks.size())
+                      .arg(rows));
+    PrintPageSteps(where, steps);
+}
+
+// RefreshTreeView with its first page shown, after a first build that warms the caches; and
+// that first page alone, written and shown.
+void MeasureTreeBuild(frmMain& window, const QString& where, int runs) {
     std::vector<double> builds;
     std::vector<double> firstPages;
-    for (int run = 0; run < options.runs + 1; ++run) {
+    for (int run = 0; run < runs + 1; ++run) {
         const auto start = Clock::now();
         window.RefreshTreeView();
         window.webDisplay->viewport()->repaint();
-        if (run > 0) {  // the first build warms the caches
-            builds.push_back(Milliseconds(Clock::now() - start));
-            // floor: the first group's page alone, written and shown
+        if (run > 0) {
+            builds.push_back(MillisecondsSince(start));
             const auto pageStart = Clock::now();
             window.tvRecipes_NodeClick();
             window.webDisplay->viewport()->repaint();
-            firstPages.push_back(Milliseconds(Clock::now() - pageStart));
+            firstPages.push_back(MillisecondsSince(pageStart));
         }
     }
-    const int recipeNodes = static_cast<int>(RecipeNodes(window.tvRecipes).size());
-    Print(QStringLiteral("%1  %2 recipes  RefreshTreeView with its first page shown median %3 ms "
-                         "(%4 runs, %5 recipe nodes; that first page alone %6 ms)")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(Median(builds)))
-              .arg(builds.size())
-              .arg(recipeNodes)
-              .arg(Fixed(Median(firstPages))));
-    MeasureGroupClicks(window, label, recipes);
+    Print(where + QStringLiteral("  RefreshTreeView with its first page shown median %1 ms (%2 "
+                                 "runs, %3 recipe nodes; that first page alone %4 ms)")
+                      .arg(MedianText(builds))
+                      .arg(builds.size())
+                      .arg(RecipeNodes(window.tvRecipes).size())
+                      .arg(MedianText(firstPages)));
+}
+
+// Clicks on recipe nodes picked at random (the same ones every run); the node-click handling
+// writes and shows the page.
+void MeasureRecipeClicks(frmMain& window, const QString& where, int count) {
     const std::vector<QTreeWidgetItem*> nodes = RecipeNodes(window.tvRecipes);
     std::mt19937 random(20261122);
     std::vector<double> clicks;
-    for (int i = 0; i < options.clicks && !nodes.empty(); ++i) {
+    for (int i = 0; i < count && !nodes.empty(); ++i) {
         QTreeWidgetItem* node = nodes[random() % nodes.size()];
         const auto start = Clock::now();
-        // the node-click handling writes and shows the page
         window.tvRecipes->setCurrentItem(node);
-        clicks.push_back(Milliseconds(Clock::now() - start));
+        clicks.push_back(MillisecondsSince(start));
     }
-    Print(QStringLiteral("%1  %2 recipes  node click to page shown median %3 ms (%4 clicks)")
-              .arg(label)
-              .arg(recipes)
-              .arg(Fixed(Median(clicks), 3))
-              .arg(clicks.size()));
+    Print(where + QStringLiteral("  node click to page shown median %1 ms (%2 clicks)")
+                      .arg(MedianText(clicks, 3))
+                      .arg(clicks.size()));
+}
+
+void MeasureWindow(const QString& label, int recipes, const Options& options) {
+    const QString where = Where(label, recipes);
+    frmMain window;
+    window.show();
+    QApplication::processEvents();
+    MeasureTreeBuild(window, where, options.runs);
+    MeasureGroupClicks(window, where);
+    MeasureRecipeClicks(window, where, options.clicks);
+}
+
+// A folder of its own for one start of the program: the sample database and settings that
+// name the display file, whose appearance marks the first page shown. Returns that file.
+QString PrepareStart(const QString& folder, const QString& sample) {
+    QDir().mkpath(folder + QStringLiteral("/config"));
+    QFile::copy(sample, folder + QStringLiteral("/Morvena.mdb"));
+    const QString page = folder + QStringLiteral("/page.html");
+    QFile settings(folder + QStringLiteral("/config/machine.reg"));
+    settings.open(QIODevice::WriteOnly);
+    settings.write(QStringLiteral("Windows Registry Editor Version 5.00\n\n[Software\\Orlessa\\"
+                                  "Morvena]\n\"TempFilename\"=\"%1\"\n")
+                       .arg(page)
+                       .toUtf8());
+    settings.close();
+    return page;
+}
+
+// Milliseconds from starting the program until the page is there (at most 20 s), or -1 after
+// printing that it never came.
+double TimeStart(const QString& program, const QString& folder, const QString& page) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    environment.insert(QStringLiteral("MORVENA_CONFIG_DIR"), folder + QStringLiteral("/config"));
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder);
+    QElapsedTimer timer;
+    timer.start();
+    process.start(program, {});
+    while (!QFileInfo::exists(page) && timer.elapsed() < 20000 &&
+           process.state() != QProcess::NotRunning) {
+        QThread::usleep(200);
+    }
+    const double milliseconds = timer.nsecsElapsed() / 1e6;
+    process.kill();
+    process.waitForFinished();
+    if (!QFileInfo::exists(page)) {
+        Print(QStringLiteral("start  the program showed no page: %1")
+                  .arg(QString::fromUtf8(process.readAllStandardError())));
+        return -1.0;
+    }
+    return milliseconds;
 }
 
 void MeasureStart(const Options& options, const QString& work) {
@@ -186,36 +266,9 @@ void MeasureStart(const Options& options, const QString& work) {
     std::vector<double> starts;
     for (int run = 0; run < options.runs + 1; ++run) {
         const QString folder = work + QStringLiteral("/start%1").arg(run);
-        QDir().mkpath(folder + QStringLiteral("/config"));
-        QFile::copy(options.sample, folder + QStringLiteral("/Morvena.mdb"));
-        const QString page = folder + QStringLiteral("/page.html");
-        QFile settings(folder + QStringLiteral("/config/machine.reg"));
-        settings.open(QIODevice::WriteOnly);
-        settings.write(QStringLiteral("Windows Registry Editor Version 5.00\n\n[Software\\Orlessa\\"
-                                      "Morvena]\n\"TempFilename\"=\"%1\"\n")
-                           .arg(page)
-                           .toUtf8());
-        settings.close();
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        environment.insert(QStringLiteral("MORVENA_CONFIG_DIR"),
-                           folder + QStringLiteral("/config"));
-        process.setProcessEnvironment(environment);
-        process.setWorkingDirectory(folder);
-        QElapsedTimer timer;
-        timer.start();
-        process.start(options.program, {});
-        while (!QFileInfo::exists(page) && timer.elapsed() < 20000 &&
-               process.state() != QProcess::NotRunning) {
-            QThread::usleep(200);
-        }
-        const double milliseconds = timer.nsecsElapsed() / 1e6;
-        process.kill();
-        process.waitForFinished();
-        if (!QFileInfo::exists(page)) {
-            Print(QStringLiteral("start  the program showed no page: %1")
-                      .arg(QString::fromUtf8(process.readAllStandardError())));
+        const double milliseconds =
+            TimeStart(options.program, folder, PrepareStart(folder, options.sample));
+        if (milliseconds < 0) {
             return;
         }
         if (run > 0) {
@@ -224,78 +277,36 @@ void MeasureStart(const Options& options, const QString& work) {
     }
     Print(
         QStringLiteral("start  sample database  process start to first page median %1 ms (%2 runs)")
-            .arg(Fixed(Median(starts)))
+            .arg(MedianText(starts))
             .arg(starts.size()));
 }
 
-bool ParseOptions(const QStringList& arguments, Options& options) {
-    for (int i = 1; i + 1 < arguments.size(); i += 2) {
-        const QString& name = arguments[i];
-        const QString& value = arguments[i + 1];
-        if (name == QLatin1String("--program")) {
-            options.program = QFileInfo(value).absoluteFilePath();
-        } else if (name == QLatin1String("--sample")) {
-            options.sample = QFileInfo(value).absoluteFilePath();
-        } else if (name == QLatin1String("--cache-dir")) {
-            options.cacheDir = QFileInfo(value).absoluteFilePath();
-        } else if (name == QLatin1String("--pg-server")) {
-            options.pgServer = value;
-        } else if (name == QLatin1String("--runs")) {
-            options.runs = std::max(1, value.toInt());
-        } else if (name == QLatin1String("--sizes")) {
-            options.sizes.clear();
-            for (const QString& size : value.split(QLatin1Char(','))) {
-                options.sizes.push_back(size.toInt());
-            }
-        } else {
-            return false;
-        }
-    }
-    return arguments.size() % 2 == 1;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    Options options;
-    if (!ParseOptions(QCoreApplication::arguments(), options)) {
-        std::fprintf(stderr,
-                     "usage: bench_mainwindow [--program PATH] [--sample FILE] [--cache-dir DIR] "
-                     "[--pg-server HOST:PORT] [--sizes N,N] [--runs N]\n");
-        return 2;
-    }
-    QTemporaryDir work;
-    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
-    const bool cached = !options.cacheDir.isEmpty();
-    const QString folder = cached ? options.cacheDir : work.path();
-    QDir().mkpath(folder);
-    QDir::setCurrent(work.path());
-    modGeneral::TempFilename = work.path() + QStringLiteral("/tmpRecipeDB.html");
+int Measure(const Options& options, const Workspace& work) {
     Print(QStringLiteral("bench_mainwindow: %1 cores, %2")
               .arg(QThread::idealThreadCount())
               .arg(LoadAverage()));
-
-    MeasureStart(options, work.path());
+    MeasureStart(options, work.Path());
     for (const int recipes : options.sizes) {
-        const QString file = SqliteDatabase(folder, cached, recipes);
+        const QString file = work.Database(recipes);
         if (!file.isEmpty() && OpenShared(modDatabase::FileDatabase, QString(), file)) {
             MeasureWindow(QStringLiteral("sqlite"), recipes, options);
         }
         if (options.pgServer.isEmpty()) {
             continue;
         }
-        const QString name = QStringLiteral("bench_window_%1").arg(recipes);
         modDatabase::CloseConnection();
-        if (CreateServerDatabase(options.pgServer, name) &&
-            GenerateInto(modDatabase::ServerDatabase, options.pgServer, name, recipes) >= 0 &&
-            OpenShared(modDatabase::ServerDatabase, options.pgServer, name)) {
-            QSqlQuery(modDatabase::Connection->Database()).exec(QStringLiteral("VACUUM ANALYZE"));
+        if (OpenGeneratedOnServer(options.pgServer, QStringLiteral("bench_window_%1").arg(recipes),
+                                  recipes)) {
             MeasureWindow(QStringLiteral("postgresql"), recipes, options);
         }
     }
     modDatabase::CloseConnection();
-    Print(QStringLiteral("done, %1").arg(LoadAverage()));
+    PrintDone();
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return Main<QApplication>(argc, argv, "bench_mainwindow", Measure);
 }

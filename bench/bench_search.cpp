@@ -14,22 +14,18 @@
 
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSqlQuery>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QTreeView>
 #include <QTreeWidget>
-#include <algorithm>
-#include <cstdio>
 #include <memory>
 
+#include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
 #include "bench/support/SqliteFloor.h"
+#include "bench/support/Workspace.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "search/ResultsModel.h"
@@ -41,7 +37,13 @@ using SyntheticDatabase::Shape;
 
 namespace {
 
+// The options, in the order of the usage line, and what they set.
 struct Options {
+    std::vector<Option> List() {
+        return {Text("--cache-dir", "DIR", cacheDir), Text("--pg-server", "HOST:PORT", pgServer),
+                Sizes("--sizes", "N,N", sizes), Count("--runs", runs), Shapes("--shapes", shapes)};
+    }
+
     QString cacheDir;
     QString pgServer;
     std::vector<int> sizes{100000};
@@ -157,168 +159,185 @@ double FloorMedian(SqliteFloor& floor, const QByteArray& sql, int runs, long lon
     return Median(times);
 }
 
-QString Verdict(double median, double target) {
+// " [target <= T ms met]" or "... MISSED]"; nothing without a target.
+QString TargetNote(double median, double target) {
     if (target <= 0) {
         return QString();
     }
-    return median <= target ? QStringLiteral(" [target <= %1 ms met]").arg(target)
-                            : QStringLiteral(" [target <= %1 ms MISSED]").arg(target);
+    return QLatin1Char(' ') + Verdict(QStringLiteral("<= %1 ms").arg(target), median <= target);
 }
 
-QString Ratio(double value, double floor) {
-    return floor > 0 ? Fixed(value / floor) : QStringLiteral("-");
+QString RatioText(double value, double floor) {
+    return floor > 0 ? Fixed(Ratio(value, floor)) : QStringLiteral("-");
 }
 
-void MeasureSearches(const QString& label, Shape shape, int recipes, const Options& options,
+// The floors of a SQLite file: with the program's functions and without them.
+struct Floors {
+    explicit Floors(const QString& file) : program(file, true), plain(file, false) {}
+
+    SqliteFloor program;
+    SqliteFloor plain;
+};
+
+// What one case measured: the clicks on "Išči" and the rows they showed, and the two halves.
+struct Figures {
+    double click = 0;
+    size_t clicks = 0;
+    int rows = 0;
+    double query = 0;
+    double list = 0;
+};
+
+// "Išči" clicked until the list is painted, after 2 warm-up clicks.
+void TimeClicks(frmFind& window, int runs, Figures& figures) {
+    auto* find = Control<QPushButton>(&window, "cmdFind");
+    auto* results = Control<QTreeView>(&window, "lstResults");
+    std::vector<double> clicks;
+    for (int run = 0; run < runs + 2; ++run) {
+        const auto start = Clock::now();
+        find->click();
+        results->viewport()->repaint();
+        if (run >= 2) {
+            clicks.push_back(Milliseconds(Clock::now() - start));
+        }
+    }
+    figures.click = Median(clicks);
+    figures.clicks = clicks.size();
+    figures.rows = results->model()->rowCount();
+}
+
+// The query and the list measured apart, in a list like the window's.
+void TimeHalves(const QString& sql, int runs, Figures& figures) {
+    QTreeView view;
+    ResultsModel model({QStringLiteral("Naslov recepta"), QStringLiteral("Št."),
+                        QStringLiteral("Skupina"), QStringLiteral("Podskupina")},
+                       &view);
+    view.setModel(&model);
+    view.setUniformRowHeights(true);
+    view.setRootIsDecorated(false);
+    view.resize(640, 300);
+    view.show();
+    std::vector<double> queries;
+    std::vector<double> lists;
+    for (int run = 0; run < runs; ++run) {
+        const Parts parts = MeasureParts(sql, view, model);
+        queries.push_back(parts.query);
+        lists.push_back(parts.list);
+    }
+    figures.query = Median(queries);
+    figures.list = Median(lists);
+}
+
+// The program's code writes its errors into errors.log in the current folder.
+void WarnOfErrorLog(const QString& where) {
+    if (!QFile::exists(QStringLiteral("errors.log"))) {
+        return;
+    }
+    QFile log(QStringLiteral("errors.log"));
+    log.open(QIODevice::ReadOnly);
+    Print(QStringLiteral("%1  WARNING: errors.log was written: %2")
+              .arg(where, QString::fromUtf8(log.readAll().right(400))));
+    log.close();
+    QFile::remove(QStringLiteral("errors.log"));
+}
+
+// PostgreSQL: the figures alone.
+void PrintWithoutFloor(const QString& where, const Case& c, double target, const Figures& f) {
+    Print(QStringLiteral("%1  %2: Išči to list shown median %3 ms%4  (GetRecordset %5 ms, "
+                         "list %6 ms%7; %8 rows; %9 runs)")
+              .arg(where, c.name, Fixed(f.click), TargetNote(f.click, target), Fixed(f.query),
+                   Fixed(f.list), TargetNote(f.list, 40))
+              .arg(f.rows)
+              .arg(f.clicks));
+}
+
+// SQLite: the floors measured on the same SQL text, and the figures beside them.
+void PrintBesideFloors(const QString& where, const Case& c, double target, const Figures& f,
+                       Floors& floors, int runs) {
+    long long floorRows = 0;
+    long long plainRows = 0;
+    const QByteArray text = Sql(c).toUtf8();
+    const double floorMs = FloorMedian(floors.program, text, runs, floorRows);
+    const double plainMs = FloorMedian(floors.plain, text, runs, plainRows);
+    Print(QStringLiteral("%1  %2: Išči to list shown median %3 ms%4  floor %5 ms  ratio %6  "
+                         "(GetRecordset %7 ms, ratio %8 to the floor; list %9 ms%10; floor "
+                         "without the program's functions %11 ms; %12 rows, floor %13; %14 "
+                         "runs)")
+              .arg(where, c.name, Fixed(f.click), TargetNote(f.click, target), Fixed(floorMs),
+                   RatioText(f.click, floorMs), Fixed(f.query), RatioText(f.query, floorMs),
+                   Fixed(f.list))
+              .arg(TargetNote(f.list, 40), Fixed(plainMs))
+              .arg(f.rows)
+              .arg(floorRows)
+              .arg(f.clicks));
+    if (!floors.program.Error().isEmpty() || !floors.plain.Error().isEmpty()) {
+        Print(QStringLiteral("%1  floor failed: %2 %3")
+                  .arg(where, floors.program.Error(), floors.plain.Error()));
+    }
+}
+
+// One case in a shown search window; on SQLite beside its floors.
+void MeasureCase(const QString& where, const Case& c, int runs, Floors* floors) {
+    const double target = floors ? c.sqliteTarget : c.postgresTarget;
+    frmFind window;
+    Compose(window, c);
+    window.show();
+    QApplication::processEvents();
+    Figures figures;
+    TimeClicks(window, runs, figures);
+    WarnOfErrorLog(where);
+    try {
+        TimeHalves(Sql(c), runs, figures);
+    } catch (...) {
+        Print(QStringLiteral("%1  %2: parts failed: %3").arg(where, c.name, ErrorText()));
+        return;
+    }
+    if (floors) {
+        PrintBesideFloors(where, c, target, figures, *floors, runs);
+    } else {
+        PrintWithoutFloor(where, c, target, figures);
+    }
+}
+
+// Every case on the shared connection; the SQLite file's floors when one is given.
+void MeasureSearches(const QString& label, Shape shape, int recipes, int runs,
                      const QString& sqliteFile) {
-    const bool sqlite = !sqliteFile.isEmpty();
-    std::unique_ptr<SqliteFloor> floor;
-    std::unique_ptr<SqliteFloor> plainFloor;
-    if (sqlite) {
-        floor = std::make_unique<SqliteFloor>(sqliteFile, true);
-        plainFloor = std::make_unique<SqliteFloor>(sqliteFile, false);
+    std::unique_ptr<Floors> floors;
+    if (!sqliteFile.isEmpty()) {
+        floors = std::make_unique<Floors>(sqliteFile);
     }
     const QString where = QStringLiteral("%1 %2 %3").arg(label, ShapeName(shape)).arg(recipes);
     for (const Case& c : Cases(shape)) {
-        const double target = sqlite ? c.sqliteTarget : c.postgresTarget;
-        frmFind window;
-        Compose(window, c);
-        window.show();
-        QApplication::processEvents();
-        auto* find = Control<QPushButton>(&window, "cmdFind");
-        auto* results = Control<QTreeView>(&window, "lstResults");
-        std::vector<double> clicks;
-        for (int run = 0; run < options.runs + 2; ++run) {
-            const auto start = Clock::now();
-            find->click();
-            results->viewport()->repaint();
-            if (run >= 2) {
-                clicks.push_back(Milliseconds(Clock::now() - start));
-            }
-        }
-        const double click = Median(clicks);
-        const int rows = results->model()->rowCount();
-        if (QFile::exists(QStringLiteral("errors.log"))) {
-            QFile log(QStringLiteral("errors.log"));
-            log.open(QIODevice::ReadOnly);
-            Print(QStringLiteral("%1  WARNING: errors.log was written: %2")
-                      .arg(where, QString::fromUtf8(log.readAll().right(400))));
-            log.close();
-            QFile::remove(QStringLiteral("errors.log"));
-        }
-        const QString sql = Sql(c);
-        std::vector<double> queries;
-        std::vector<double> lists;
-        QTreeView view;
-        ResultsModel model({QStringLiteral("Naslov recepta"), QStringLiteral("Št."),
-                            QStringLiteral("Skupina"), QStringLiteral("Podskupina")},
-                           &view);
-        view.setModel(&model);
-        view.setUniformRowHeights(true);
-        view.setRootIsDecorated(false);
-        view.resize(640, 300);
-        view.show();
-        try {
-            for (int run = 0; run < options.runs; ++run) {
-                const Parts parts = MeasureParts(sql, view, model);
-                queries.push_back(parts.query);
-                lists.push_back(parts.list);
-            }
-        } catch (...) {
-            Print(QStringLiteral("%1  %2: parts failed: %3").arg(where, c.name, ErrorText()));
-            continue;
-        }
-        const double query = Median(queries);
-        const double list = Median(lists);
-        if (!sqlite) {
-            Print(QStringLiteral("%1  %2: Išči to list shown median %3 ms%4  (GetRecordset %5 ms, "
-                                 "list %6 ms%7; %8 rows; %9 runs)")
-                      .arg(where, c.name, Fixed(click), Verdict(click, target), Fixed(query),
-                           Fixed(list), Verdict(list, 40))
-                      .arg(rows)
-                      .arg(clicks.size()));
-            continue;
-        }
-        long long floorRows = 0;
-        long long plainRows = 0;
-        const QByteArray text = sql.toUtf8();
-        const double floorMs = FloorMedian(*floor, text, options.runs, floorRows);
-        const double plainMs = FloorMedian(*plainFloor, text, options.runs, plainRows);
-        Print(QStringLiteral("%1  %2: Išči to list shown median %3 ms%4  floor %5 ms  ratio %6  "
-                             "(GetRecordset %7 ms, ratio %8 to the floor; list %9 ms%10; floor "
-                             "without the program's functions %11 ms; %12 rows, floor %13; %14 "
-                             "runs)")
-                  .arg(where, c.name, Fixed(click), Verdict(click, target), Fixed(floorMs),
-                       Ratio(click, floorMs), Fixed(query), Ratio(query, floorMs), Fixed(list))
-                  .arg(Verdict(list, 40), Fixed(plainMs))
-                  .arg(rows)
-                  .arg(floorRows)
-                  .arg(clicks.size()));
-        if (!floor->Error().isEmpty() || !plainFloor->Error().isEmpty()) {
-            Print(QStringLiteral("%1  floor failed: %2 %3")
-                      .arg(where, floor->Error(), plainFloor->Error()));
-        }
+        MeasureCase(where, c, runs, floors.get());
     }
 }
 
-bool ParseOptions(const QStringList& arguments, Options& options) {
-    for (int i = 1; i + 1 < arguments.size(); i += 2) {
-        const QString& name = arguments[i];
-        const QString& value = arguments[i + 1];
-        if (name == QLatin1String("--cache-dir")) {
-            options.cacheDir = QFileInfo(value).absoluteFilePath();
-        } else if (name == QLatin1String("--pg-server")) {
-            options.pgServer = value;
-        } else if (name == QLatin1String("--runs")) {
-            options.runs = std::max(1, value.toInt());
-        } else if (name == QLatin1String("--sizes")) {
-            options.sizes.clear();
-            for (const QString& size : value.split(QLatin1Char(','))) {
-                const int recipes = size.toInt();
-                if (recipes < 1) {
-                    return false;
-                }
-                options.sizes.push_back(recipes);
-            }
-        } else if (name == QLatin1String("--shapes")) {
-            options.shapes.clear();
-            for (const QString& shape : value.split(QLatin1Char(','))) {
-                if (shape != QLatin1String("uniform") && shape != QLatin1String("home")) {
-                    return false;
-                }
-                options.shapes.push_back(shape == QLatin1String("uniform") ? Shape::Uniform
-                                                                           : Shape::HomeCooking);
-            }
-        } else {
-            return false;
-        }
+int MeasureOnFile(const Workspace& work, Shape shape, int recipes, int runs) {
+    const QString file = work.Database(recipes, shape);
+    const bool opened = !file.isEmpty() && OpenShared(modDatabase::FileDatabase, QString(), file);
+    if (opened) {
+        MeasureSearches(QStringLiteral("sqlite"), shape, recipes, runs, file);
     }
-    return arguments.size() % 2 == 1;
+    modDatabase::CloseConnection();
+    return opened ? 0 : 1;
 }
 
-}  // namespace
+int MeasureOnServer(const QString& server, Shape shape, int recipes, int runs) {
+    const QString name = QStringLiteral("bench_search_%1_%2").arg(ShapeName(shape)).arg(recipes);
+    const auto start = Clock::now();
+    const bool opened = OpenGeneratedOnServer(server, name, recipes, shape);
+    if (opened) {
+        Print(QStringLiteral("postgresql  %1 %2 recipes  generated and analysed in %3 s")
+                  .arg(ShapeName(shape))
+                  .arg(recipes)
+                  .arg(Fixed(Milliseconds(Clock::now() - start) / 1000.0)));
+        MeasureSearches(QStringLiteral("postgresql"), shape, recipes, runs, QString());
+    }
+    modDatabase::CloseConnection();
+    return opened ? 0 : 1;
+}
 
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    Options options;
-    if (!ParseOptions(QCoreApplication::arguments(), options)) {
-        std::fprintf(stderr,
-                     "usage: bench_search [--cache-dir DIR] [--pg-server HOST:PORT] [--sizes N,N] "
-                     "[--runs N] [--shapes uniform,home]\n");
-        return 2;
-    }
-    QTemporaryDir work;
-    if (!work.isValid()) {
-        std::fprintf(stderr, "cannot create a temporary folder\n");
-        return 1;
-    }
-    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
-    const bool cached = !options.cacheDir.isEmpty();
-    const QString folder = cached ? options.cacheDir : work.path();
-    QDir().mkpath(folder);
-    // Nothing the program's code writes on the way (error log) lands in the current folder.
-    QDir::setCurrent(work.path());
+int Measure(const Options& options, const Workspace& work) {
     Print(QStringLiteral("bench_search: %1 cores, SQLite %2, %3")
               .arg(QThread::idealThreadCount())
               .arg(QString::fromUtf8(sqlite3_libversion()), LoadAverage()));
@@ -327,44 +346,22 @@ int main(int argc, char** argv) {
         "painted, after 2 warm-up clicks; GetRecordset and list: the two halves measured apart; "
         "floor: the same SQL text through sqlite3_prepare_v2/step on a handle of its own with "
         "SqliteExtensions::Register, the four columns of every row read into QStrings"));
-
     int status = 0;
     for (const int recipes : options.sizes) {
         for (const Shape shape : options.shapes) {
-            const QString file = SqliteDatabase(folder, cached, recipes, shape);
-            if (!file.isEmpty() && OpenShared(modDatabase::FileDatabase, QString(), file)) {
-                MeasureSearches(QStringLiteral("sqlite"), shape, recipes, options, file);
-            } else {
-                status = 1;
+            status |= MeasureOnFile(work, shape, recipes, options.runs);
+            if (!options.pgServer.isEmpty()) {
+                status |= MeasureOnServer(options.pgServer, shape, recipes, options.runs);
             }
-            modDatabase::CloseConnection();
-            if (options.pgServer.isEmpty()) {
-                continue;
-            }
-            const QString name =
-                QStringLiteral("bench_search_%1_%2").arg(ShapeName(shape)).arg(recipes);
-            const auto start = Clock::now();
-            if (CreateServerDatabase(options.pgServer, name) &&
-                GenerateInto(modDatabase::ServerDatabase, options.pgServer, name, recipes, shape) >=
-                    0 &&
-                OpenShared(modDatabase::ServerDatabase, options.pgServer, name)) {
-                // A database in use has long been vacuumed and analysed by the server.
-                QSqlQuery(modDatabase::Connection->Database())
-                    .exec(QStringLiteral("VACUUM ANALYZE"));
-                Print(QStringLiteral("postgresql  %1 %2 recipes  generated and analysed in %3 s")
-                          .arg(ShapeName(shape))
-                          .arg(recipes)
-                          .arg(Fixed(Milliseconds(Clock::now() - start) / 1000.0)));
-                MeasureSearches(QStringLiteral("postgresql"), shape, recipes, options, QString());
-            } else {
-                status = 1;
-            }
-            modDatabase::CloseConnection();
         }
     }
     if (options.pgServer.isEmpty()) {
         Print(QStringLiteral("postgresql  skipped: no --pg-server HOST:PORT given"));
     }
-    Print(QStringLiteral("done, %1").arg(LoadAverage()));
+    PrintDone();
     return status;
 }
+
+}  // namespace
+
+int main(int argc, char** argv) { return Main<QApplication>(argc, argv, "bench_search", Measure); }

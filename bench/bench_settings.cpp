@@ -14,12 +14,13 @@
 #include <QDir>
 #include <QFile>
 #include <QMouseEvent>
-#include <QTemporaryDir>
 #include <QWidget>
 #include <cstdio>
 #include <memory>
 
+#include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
+#include "bench/support/Workspace.h"
 #include "core/database/Schema.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
@@ -101,33 +102,10 @@ double SyncedReplacements(const QByteArray& bytes, const QString& fileName, int 
     return Milliseconds(Clock::now() - start);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    QApplication app(argc, argv);
-    int moves = 200;
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() == 3 && arguments[1] == QLatin1String("--moves")) {
-        moves = arguments[2].toInt();
-    }
-    if (moves < 2 || (arguments.size() != 1 && arguments.size() != 3)) {
-        std::fprintf(stderr, "usage: bench_settings [--moves N]\n");
-        return 2;
-    }
-    // A private folder on the same file system as the user's settings (the home folder).
-    QTemporaryDir work(QDir::homePath() + QStringLiteral("/.bench_settings-XXXXXX"));
-    if (!work.isValid()) {
-        std::fprintf(stderr, "cannot create a temporary folder\n");
-        return 1;
-    }
-    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
-    QDir::setCurrent(work.path());
-    modGeneral::TempFilename = work.path() + QStringLiteral("/tmpRecipeDB.html");
+// The program's database: an empty one in the temporary folder.
+bool OpenEmptyDatabase(const Workspace& work) {
     modGeneral::DatabaseType = modDatabase::FileDatabase;
-    modGeneral::DatabaseName = work.path() + QStringLiteral("/empty.sqlite");
+    modGeneral::DatabaseName = work.File(QStringLiteral("empty.sqlite"));
     {
         auto empty = std::make_shared<modDatabase::DbConnection>(
             modDatabase::FileDatabase,
@@ -137,46 +115,34 @@ int main(int argc, char** argv) {
         Schema::Create(*empty);
     }
     modDatabase::OpenConnection();
-    if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
-        std::fprintf(stderr, "cannot open the database\n");
-        return 1;
-    }
-    WriteUsualStore();
-    UiServices::SetMsgBoxHandler([](const QString&, int, const QString&) { return 6; });
+    return modDatabase::Connection->State() == modDatabase::adStateOpen;
+}
 
-    frmMain window;
-    window.resize(900, 600);
-    window.show();
-    QWidget* splitter = window.findChild<QWidget*>(QStringLiteral("imgSplitter"));
-    if (!splitter) {
-        std::fprintf(stderr, "no splitter\n");
-        return 1;
-    }
-    const QString store = modRegistry::StoreFile(true);
-    QFile file(store);
-    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    Print(QStringLiteral("bench_settings: %1 moves; settings file %2 bytes in %3; load %4")
-              .arg(moves)
-              .arg(bytes.size())
-              .arg(work.path(), LoadAverage()));
+qint32 StoredPosition() {
+    return modRegistry::GetRegistryLong(modRegistry::ProgramKey, QStringLiteral("SplitterPosition"),
+                                        -1, true);
+}
 
-    Drag(splitter, 10);  // warm-up
-    const QString before = QString::number(modRegistry::GetRegistryLong(
-        modRegistry::ProgramKey, QStringLiteral("SplitterPosition"), -1, true));
+// That a move of one pixel changes the stored position.
+void PrintOneMove(QWidget* splitter) {
+    const QString before = QString::number(StoredPosition());
     SendMouse(splitter, QEvent::MouseButtonPress, 0);
     SendMouse(splitter, QEvent::MouseMove, 1);
     SendMouse(splitter, QEvent::MouseButtonRelease, 0);
     Print(QStringLiteral("stored position before and after a move of one pixel: %1, %2 twips")
               .arg(before)
-              .arg(modRegistry::GetRegistryLong(modRegistry::ProgramKey,
-                                                QStringLiteral("SplitterPosition"), -1, true)));
-    std::vector<double> drags, stores, floors, synced;
+              .arg(StoredPosition()));
+}
+
+// The drags, the stores alone and the floors, 5 rounds each; the synced replacements once.
+void MeasureMoves(QWidget* splitter, const QByteArray& bytes, const Workspace& work, int moves) {
+    std::vector<double> drags, stores, floors;
     for (int round = 0; round < 5; ++round) {
         drags.push_back(Drag(splitter, moves));
         stores.push_back(StoreCalls(moves));
-        floors.push_back(WriteFloor(bytes, work.path() + QStringLiteral("/floor.reg"), moves));
+        floors.push_back(WriteFloor(bytes, work.File(QStringLiteral("floor.reg")), moves));
     }
-    synced.push_back(SyncedReplacements(bytes, work.path() + QStringLiteral("/synced.reg"), moves));
+    const double synced = SyncedReplacements(bytes, work.File(QStringLiteral("synced.reg")), moves);
     Print(QStringLiteral("%1 stores of SplitterPosition (read, change one line, write beside, "
                          "rename): median %2 ms (%3 ms each); target at most 50 ms: %4")
               .arg(moves)
@@ -191,8 +157,49 @@ int main(int argc, char** argv) {
     Print(QStringLiteral("for comparison: %1 replacements that each wait for the disk (fsync): "
                          "%2 ms (%3 ms each)")
               .arg(moves)
-              .arg(Fixed(synced.front()), Fixed(synced.front() / moves, 3)));
+              .arg(Fixed(synced), Fixed(synced / moves, 3)));
+}
+
+int Measure(int moves, const Workspace& work) {
+    if (!OpenEmptyDatabase(work)) {
+        std::fprintf(stderr, "cannot open the database\n");
+        return 1;
+    }
+    WriteUsualStore();
+    UiServices::SetMsgBoxHandler([](const QString&, int, const QString&) { return 6; });
+    frmMain window;
+    window.resize(900, 600);
+    window.show();
+    QWidget* splitter = window.findChild<QWidget*>(QStringLiteral("imgSplitter"));
+    if (!splitter) {
+        std::fprintf(stderr, "no splitter\n");
+        return 1;
+    }
+    QFile file(modRegistry::StoreFile(true));
+    const QByteArray bytes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    Print(QStringLiteral("bench_settings: %1 moves; settings file %2 bytes in %3; load %4")
+              .arg(moves)
+              .arg(bytes.size())
+              .arg(work.Path(), LoadAverage()));
+    Drag(splitter, 10);  // warm-up
+    PrintOneMove(splitter);
+    MeasureMoves(splitter, bytes, work, moves);
     window.hide();
     modDatabase::CloseConnection();
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    int moves = 200;
+    // A private folder on the same file system as the user's settings (the home folder).
+    return Run(
+        QStringLiteral("bench_settings"), {Count("--moves", moves, 2)}, QString(),
+        [&](const Workspace& work) { return Measure(moves, work); },
+        QDir::homePath() + QStringLiteral("/.bench_settings-XXXXXX"));
 }

@@ -8,16 +8,14 @@
 #include <sqlite3.h>
 
 #include <QApplication>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QTreeWidget>
-#include <cstdio>
 
+#include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
 #include "bench/support/SqliteFloor.h"
+#include "bench/support/Workspace.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "main/frmMain.h"
@@ -26,7 +24,13 @@ using namespace Bench;
 
 namespace {
 
+// The options, in the order of the usage line, and what they set.
 struct Options {
+    std::vector<Option> List() {
+        return {Text("--cache-dir", "DIR", cacheDir), Sizes("--sizes", "N,N", sizes),
+                Count("--runs", runs)};
+    }
+
     QString cacheDir;
     std::vector<int> sizes{10000, 100000};
     int runs = 9;
@@ -74,7 +78,7 @@ QString PeakMemory() {
     return QStringLiteral("unknown");
 }
 
-void Measure(const QString& file, int recipes, const Options& options) {
+void MeasureTree(const QString& file, int recipes, const Options& options) {
     SqliteFloor floor(file, true);
     frmMain window;
     window.show();
@@ -100,81 +104,44 @@ void Measure(const QString& file, int recipes, const Options& options) {
         }
     }
     if (!floor.Error().isEmpty()) {
-        Print(
-            QStringLiteral("sqlite  %1 recipes  floor failed: %2").arg(recipes).arg(floor.Error()));
+        Print(Where(QStringLiteral("sqlite"), recipes) +
+              QStringLiteral("  floor failed: %1").arg(floor.Error()));
         return;
     }
     const double tree = Median(trees);
     const double floorMedian = Median(floors);
-    Print(QStringLiteral("sqlite  %1 recipes  RefreshTreeView without the page median %2 ms %3  "
-                         "floor (catalogue statements through sqlite3) %4 ms  ratio %5  (whole "
-                         "RefreshTreeView %6 ms; %7 floor rows; %8 runs; peak memory %9)")
-              .arg(recipes)
+    Print(Where(QStringLiteral("sqlite"), recipes) +
+          QStringLiteral("  RefreshTreeView without the page median %1 ms %2  floor (catalogue "
+                         "statements through sqlite3) %3 ms  ratio %4  (whole RefreshTreeView %5 "
+                         "ms; %6 floor rows; %7 runs; peak memory %8)")
               .arg(Fixed(tree))
-              .arg(recipes < 100000 ? QString()
-                   : tree <= 200    ? QStringLiteral("[target <= 200 ms met]")
-                                    : QStringLiteral("[target <= 200 ms MISSED]"))
+              .arg(recipes < 100000 ? QString() : Verdict(QStringLiteral("<= 200 ms"), tree <= 200))
               .arg(Fixed(floorMedian))
-              .arg(Fixed(floorMedian > 0 ? tree / floorMedian : 0.0))
+              .arg(Fixed(Ratio(tree, floorMedian)))
               .arg(Fixed(Median(totals)))
               .arg(floorRows)
               .arg(trees.size())
               .arg(PeakMemory()));
 }
 
-bool ParseOptions(const QStringList& arguments, Options& options) {
-    for (int i = 1; i + 1 < arguments.size(); i += 2) {
-        const QString& name = arguments[i];
-        const QString& value = arguments[i + 1];
-        if (name == QLatin1String("--cache-dir")) {
-            options.cacheDir = QFileInfo(value).absoluteFilePath();
-        } else if (name == QLatin1String("--runs")) {
-            options.runs = std::max(1, value.toInt());
-        } else if (name == QLatin1String("--sizes")) {
-            options.sizes.clear();
-            for (const QString& size : value.split(QLatin1Char(','))) {
-                if (size.toInt() < 1) {
-                    return false;
-                }
-                options.sizes.push_back(size.toInt());
-            }
-        } else {
-            return false;
-        }
-    }
-    return arguments.size() % 2 == 1;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    Options options;
-    if (!ParseOptions(QCoreApplication::arguments(), options)) {
-        std::fprintf(stderr, "usage: bench_tree [--cache-dir DIR] [--sizes N,N] [--runs N]\n");
-        return 2;
-    }
-    QTemporaryDir work;
-    qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(work.path() + QStringLiteral("/config")));
-    const bool cached = !options.cacheDir.isEmpty();
-    const QString folder = cached ? options.cacheDir : work.path();
-    QDir().mkpath(folder);
-    QDir::setCurrent(work.path());
-    modGeneral::TempFilename = work.path() + QStringLiteral("/tmpRecipeDB.html");
+int Measure(const Options& options, const Workspace& work) {
     Print(QStringLiteral("bench_tree: %1 cores, SQLite %2, %3")
               .arg(QThread::idealThreadCount())
               .arg(QString::fromUtf8(sqlite3_libversion()), LoadAverage()));
     int status = 0;
     for (const int recipes : options.sizes) {
-        const QString file = SqliteDatabase(folder, cached, recipes);
+        const QString file = work.Database(recipes);
         if (file.isEmpty() || !OpenShared(modDatabase::FileDatabase, QString(), file)) {
             status = 1;
             continue;
         }
-        Measure(file, recipes, options);
+        MeasureTree(file, recipes, options);
         modDatabase::CloseConnection();
     }
-    Print(QStringLiteral("done, %1").arg(LoadAverage()));
+    PrintDone();
     return status;
 }
+
+}  // namespace
+
+int main(int argc, char** argv) { return Main<QApplication>(argc, argv, "bench_tree", Measure); }

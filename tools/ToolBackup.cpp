@@ -1,4 +1,5 @@
-// morvena-tool backup FILE DEST: a checked copy of a database file that may be in use.
+#include "tools/ToolBackup.h"
+
 #include "collection/CollectionBackup.h"
 #include "core/database/DatabaseAddress.h"
 #include "core/database/modDatabase.h"
@@ -8,16 +9,13 @@
 namespace ToolCommands {
 
 int Backup(const QStringList& arguments, QTextStream& out, QTextStream& err) {
-    const QStringList names = arguments.mid(1);
-    for (const QString& name : names) {
-        if (name.startsWith(QLatin1String("--"))) {
-            return ToolSupport::Usage(err, QStringLiteral("Neznana možnost: %1").arg(name));
-        }
+    const auto found = ToolSupport::Names(
+        arguments, 2, QStringLiteral("backup potrebuje datoteko zbirke in novo datoteko kopije."),
+        err);
+    if (!found) {
+        return BadArguments;
     }
-    if (names.size() != 2) {
-        return ToolSupport::Usage(
-            err, QStringLiteral("backup potrebuje datoteko zbirke in novo datoteko kopije."));
-    }
+    const QStringList& names = *found;
     QString problem;
     const auto source = DatabaseAddress::Parse(names[0], problem);
     if (!source) {

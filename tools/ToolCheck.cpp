@@ -1,4 +1,5 @@
-// morvena-tool check DATABASE [--repair]: what an interrupted save leaves behind, and its repair.
+#include "tools/ToolCheck.h"
+
 #include "collection/CollectionCheck.h"
 #include "core/database/DatabaseAddress.h"
 #include "core/database/modDatabase.h"
@@ -28,22 +29,15 @@ QString Line(const CollectionCheck::Finding& finding) {
 }  // namespace
 
 int Check(const QStringList& arguments, QTextStream& out, QTextStream& err) {
-    QStringList names;
-    bool repair = false;
-    for (const QString& argument : arguments.mid(1)) {
-        if (argument == QLatin1String("--repair")) {
-            repair = true;
-        } else if (argument.startsWith(QLatin1String("--"))) {
-            return ToolSupport::Usage(err, QStringLiteral("Neznana možnost: %1").arg(argument));
-        } else {
-            names << argument;
-        }
-    }
-    if (names.size() != 1) {
-        return ToolSupport::Usage(err, QStringLiteral("check potrebuje eno zbirko."));
+    QStringList words = arguments;
+    const bool repair = words.removeAll(QStringLiteral("--repair")) > 0;
+    const auto names =
+        ToolSupport::Names(words, 1, QStringLiteral("check potrebuje eno zbirko."), err);
+    if (!names) {
+        return BadArguments;
     }
     QString problem;
-    const auto address = DatabaseAddress::Parse(names[0], problem);
+    const auto address = DatabaseAddress::Parse(names->at(0), problem);
     if (!address) {
         return ToolSupport::Usage(err, problem);
     }

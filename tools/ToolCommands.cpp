@@ -1,29 +1,20 @@
 #include "tools/ToolCommands.h"
 
-#include <QFile>
 #include <QMap>
-#include <optional>
 
-#include "collection/SampleDatabase.h"
-#include "collection/SyntheticDatabase.h"
-#include "core/AppError.h"
-#include "core/database/DatabaseAddress.h"
-#include "core/database/Schema.h"
-#include "core/database/modDatabase.h"
-#include "core/modGeneral.h"
-#include "display/modDisplay.h"
-#include "search/SearchQuery.h"
+#include "tools/ToolBackup.h"
+#include "tools/ToolBook.h"
+#include "tools/ToolCheck.h"
+#include "tools/ToolCopy.h"
+#include "tools/ToolCreateDb.h"
+#include "tools/ToolGenerate.h"
+#include "tools/ToolPage.h"
 #include "tools/ToolPrint.h"
+#include "tools/ToolSearch.h"
 #include "tools/ToolSupport.h"
 
 namespace ToolCommands {
 namespace {
-
-using ToolSupport::Arguments;
-using ToolSupport::ErrorText;
-using ToolSupport::Failure;
-using ToolSupport::Parse;
-using ToolSupport::Usage;
 
 const char* const HelpText =
     "Uporaba: morvena-tool UKAZ [MOŽNOSTI]\n"
@@ -102,230 +93,29 @@ const char* const HelpText =
     "Izhodna koda: 0 uspeh, 1 zbirke ni bilo mogoče odpreti ali delo ni uspelo, 2 napačni "
     "argumenti,\n3 check je našel napake (tudi če jih je --repair popravil).\n";
 
-// The empty database named by the arguments: a new file, or an empty database on a server
-// (--server with --database, or --database with a URI). A URI that cannot be read gives
-// nullptr and the problem.
-std::shared_ptr<modDatabase::DbConnection> EmptyDatabase(const Arguments& args, QString& problem) {
-    const QString database = args.options.value(QStringLiteral("--database"));
-    if (DatabaseAddress::IsUri(database)) {
-        const auto address = DatabaseAddress::Parse(database, problem);
-        return address ? DatabaseAddress::Connection(*address) : nullptr;
-    }
-    if (args.options.contains(QStringLiteral("--server"))) {
-        return std::make_shared<modDatabase::DbConnection>(
-            modDatabase::ServerDatabase,
-            modDatabase::BuildConnectionString(modDatabase::ServerDatabase,
-                                               args.options.value(QStringLiteral("--server")),
-                                               args.options.value(QStringLiteral("--database")),
-                                               args.options.value(QStringLiteral("--user")),
-                                               args.options.value(QStringLiteral("--password"))));
-    }
-    return std::make_shared<modDatabase::DbConnection>(
-        modDatabase::FileDatabase,
-        modDatabase::BuildConnectionString(modDatabase::FileDatabase, QString(),
-                                           args.positional.value(1), QString(), QString()));
+// A command: its arguments (its name first), the output and the error stream.
+using Command = int (*)(const QStringList&, QTextStream&, QTextStream&);
+
+// A command that writes only to the error stream.
+template <int (*command)(const QStringList&, QTextStream&)>
+int WithoutOutput(const QStringList& arguments, QTextStream&, QTextStream& err) {
+    return command(arguments, err);
 }
 
-const QStringList DatabaseOptions{"--server", "--database", "--user", "--password"};
-
-// A file beside the command, or a server with a database.
-bool NamesOneDatabase(const Arguments& args) {
-    if (DatabaseAddress::IsUri(args.options.value(QStringLiteral("--database")))) {
-        return args.positional.size() == 1 && !args.options.contains(QStringLiteral("--server"));
-    }
-    const bool server = args.options.contains(QStringLiteral("--server"));
-    const bool expectedPositional = args.positional.size() == 1 + (server ? 0 : 1);
-    return expectedPositional && (!server || args.options.contains(QStringLiteral("--database")));
-}
-
-int CreateDatabase(const QStringList& arguments, QTextStream& out, QTextStream& err) {
-    QString problem;
-    const auto args = Parse(arguments, DatabaseOptions, problem);
-    if (!args) {
-        return Usage(err, problem);
-    }
-    if (!NamesOneDatabase(*args)) {
-        return Usage(err,
-                     QStringLiteral("create-db potrebuje datoteko ali --server in --database."));
-    }
-    auto connection = EmptyDatabase(*args, problem);
-    if (!connection) {
-        return Usage(err, problem);
-    }
-    connection->OpenEmpty();
-    if (connection->State() != modDatabase::adStateOpen) {
-        return Failure(err, connection->LastError());
-    }
-    try {
-        Schema::Create(*connection);
-        if (args->sample) {
-            modDatabase::Connection = connection;
-            SampleDatabase::Load(SampleDatabase::BuiltInText());
-        }
-    } catch (...) {
-        return Failure(err, ErrorText());
-    }
-    out << QStringLiteral("Zbirka podatkov je ustvarjena.") << Qt::endl;
-    return Done;
-}
-
-int Generate(const QStringList& arguments, QTextStream& out, QTextStream& err) {
-    QString problem;
-    const auto args =
-        Parse(arguments, DatabaseOptions + QStringList{"--recipes", "--shape"}, problem);
-    if (!args) {
-        return Usage(err, problem);
-    }
-    bool numeric = false;
-    const int recipes = args->options.value(QStringLiteral("--recipes")).toInt(&numeric);
-    if (!numeric || recipes < 0) {
-        return Usage(err,
-                     QStringLiteral("generate potrebuje --recipes N (celo število, 0 ali več)."));
-    }
-    if (args->sample || !NamesOneDatabase(*args)) {
-        return Usage(err,
-                     QStringLiteral("generate potrebuje datoteko ali --server in --database."));
-    }
-    const QString shape = args->options.value(QStringLiteral("--shape"));
-    if (args->options.contains(QStringLiteral("--shape")) && shape != QLatin1String("uniform")) {
-        return Usage(err, QStringLiteral("--shape pozna le vrednost uniform."));
-    }
-    auto connection = EmptyDatabase(*args, problem);
-    if (!connection) {
-        return Usage(err, problem);
-    }
-    connection->OpenEmpty();
-    if (connection->State() != modDatabase::adStateOpen) {
-        return Failure(err, connection->LastError());
-    }
-    try {
-        Schema::Create(*connection);
-        SyntheticDatabase::Generate(*connection, recipes,
-                                    shape.isEmpty() ? SyntheticDatabase::Shape::HomeCooking
-                                                    : SyntheticDatabase::Shape::Uniform);
-    } catch (...) {
-        return Failure(err, ErrorText());
-    }
-    out << QStringLiteral("Ustvarjenih je %1 receptov.").arg(recipes) << Qt::endl;
-    return Done;
-}
-
-int Page(const QStringList& arguments, QTextStream& err) {
-    QString problem;
-    const auto args = Parse(arguments, {"--output", "--database"}, problem);
-    if (!args) {
-        return Usage(err, problem);
-    }
-    const QString kind = args->positional.value(1);
-    bool numeric = false;
-    const qint32 id = args->positional.value(2).toInt(&numeric);
-    if (args->sample || args->positional.size() != 3 || !numeric ||
-        !QStringList{"R", "T", "G"}.contains(kind)) {
-        return Usage(err, QStringLiteral("page potrebuje vrsto R, T ali G in številko zapisa."));
-    }
-    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
-        return failed;
-    }
-    if (args->options.contains(QStringLiteral("--output"))) {
-        modGeneral::TempFilename = args->options.value(QStringLiteral("--output"));
-    }
-    try {
-        if (kind == QLatin1String("R")) {
-            modDisplay::DisplayRecipe(id);
-        } else if (kind == QLatin1String("T")) {
-            modDisplay::DisplayType(id);
-        } else {
-            modDisplay::DisplayGroup(id);
-        }
-    } catch (...) {
-        return Failure(err, ErrorText());
-    }
-    return Done;
-}
-
-// morvena-tool search: the search window's query from options, its text or its rows.
-int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
-    SearchQuery::Criteria criteria;
-    qint16 overall = SearchQuery::AllValues;
-    qint16 sortColumn = 1;
-    bool sqlOnly = false;
-    std::optional<QString> database;
-    for (int i = 1; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (argument == QLatin1String("--sql")) {
-            sqlOnly = true;
-            continue;
-        }
-        if (argument == QLatin1String("--any-criterion")) {
-            overall = SearchQuery::AnyValue;
-            continue;
-        }
-        const int criterion = argument.startsWith(QLatin1String("--"))
-                                  ? SearchQuery::CriterionOf(argument.mid(2))
-                                  : -1;
-        const bool valued = criterion >= 0 || argument == QLatin1String("--any") ||
-                            argument == QLatin1String("--sort") ||
-                            argument == QLatin1String("--database");
-        if (!valued) {
-            return Usage(err,
-                         argument.startsWith(QLatin1String("--"))
-                             ? QStringLiteral("Neznana možnost: %1").arg(argument)
-                             : QStringLiteral("search ne sprejme argumenta %1.").arg(argument));
-        }
-        if (i + 1 >= arguments.size()) {
-            return Usage(err, QStringLiteral("Možnost %1 potrebuje vrednost.").arg(argument));
-        }
-        const QString value = arguments[++i];
-        if (criterion >= 0) {
-            criteria.values[criterion] << value;
-        } else if (argument == QLatin1String("--any")) {
-            const int anyCriterion = SearchQuery::CriterionOf(value);
-            if (anyCriterion < 0) {
-                return Usage(err, QStringLiteral("--any potrebuje ključ Group, Type, RecipeTitle, "
-                                                 "SectionTitle, Ingredient ali Instructions."));
-            }
-            criteria.match[anyCriterion] = SearchQuery::AnyValue;
-        } else if (argument == QLatin1String("--sort")) {
-            bool numeric = false;
-            const int number = value.toInt(&numeric);
-            if (!numeric || number < -32768 || number > 32767) {
-                return Usage(err,
-                             QStringLiteral("--sort potrebuje celo število od -32768 do 32767."));
-            }
-            sortColumn = static_cast<qint16>(number);
-        } else {
-            database = value;
-        }
-    }
-    QString sql;
-    try {
-        sql = SearchQuery::BuildQuery(criteria, overall, sortColumn);
-    } catch (...) {
-        return Failure(err, ErrorText());
-    }
-    if (sqlOnly) {
-        out << sql << Qt::endl;
-        return Done;
-    }
-    if (const int failed = ToolSupport::OpenDatabase(database, err)) {
-        return failed;
-    }
-    try {
-        Recordset rs = modDatabase::GetRecordset(sql);
-        QString lines;
-        for (; !rs.Eof(); rs.MoveNext()) {
-            lines += rs.Text(QStringLiteral("Title")) + QLatin1Char('\t') +
-                     rs.Text(QStringLiteral("recipeID")) + QLatin1Char('\t') +
-                     rs.Text(QStringLiteral("groupName")) + QLatin1Char('\t') +
-                     rs.Text(QStringLiteral("TypeName")) + QLatin1Char('\n');
-        }
-        rs.Close();
-        out << lines;
-        out.flush();
-    } catch (...) {
-        return Failure(err, ErrorText());
-    }
-    return Done;
+// The command of that name, or nullptr.
+Command Named(const QString& name) {
+    static const QMap<QString, Command> commands{
+        {QStringLiteral("create-db"), CreateDb},
+        {QStringLiteral("generate"), Generate},
+        {QStringLiteral("page"), WithoutOutput<Page>},
+        {QStringLiteral("search"), Search},
+        {QStringLiteral("copy"), Copy},
+        {QStringLiteral("backup"), Backup},
+        {QStringLiteral("check"), Check},
+        {QStringLiteral("print"), WithoutOutput<Print>},
+        {QStringLiteral("book"), WithoutOutput<Book>},
+    };
+    return commands.value(name, nullptr);
 }
 
 }  // namespace
@@ -336,35 +126,12 @@ int Run(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         out << QString::fromUtf8(HelpText);
         return Done;
     }
-    if (command == QLatin1String("create-db")) {
-        return CreateDatabase(arguments, out, err);
+    if (const Command run = Named(command)) {
+        return run(arguments, out, err);
     }
-    if (command == QLatin1String("generate")) {
-        return Generate(arguments, out, err);
-    }
-    if (command == QLatin1String("page")) {
-        return Page(arguments, err);
-    }
-    if (command == QLatin1String("search")) {
-        return Search(arguments, out, err);
-    }
-    if (command == QLatin1String("copy")) {
-        return Copy(arguments, out, err);
-    }
-    if (command == QLatin1String("backup")) {
-        return Backup(arguments, out, err);
-    }
-    if (command == QLatin1String("check")) {
-        return Check(arguments, out, err);
-    }
-    if (command == QLatin1String("print")) {
-        return ToolPrint::Print(arguments, err);
-    }
-    if (command == QLatin1String("book")) {
-        return ToolPrint::Book(arguments, err);
-    }
-    return Usage(err, command.isEmpty() ? QStringLiteral("Manjka ukaz.")
-                                        : QStringLiteral("Neznan ukaz: %1").arg(command));
+    return ToolSupport::Usage(err, command.isEmpty()
+                                       ? QStringLiteral("Manjka ukaz.")
+                                       : QStringLiteral("Neznan ukaz: %1").arg(command));
 }
 
 }  // namespace ToolCommands

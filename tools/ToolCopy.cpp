@@ -1,4 +1,5 @@
-// morvena-tool copy SOURCE TARGET: a whole collection from one database into an empty one.
+#include "tools/ToolCopy.h"
+
 #include <QElapsedTimer>
 #include <atomic>
 #include <csignal>
@@ -38,18 +39,14 @@ private:
 }  // namespace
 
 int Copy(const QStringList& arguments, QTextStream& out, QTextStream& err) {
-    const QStringList names = arguments.mid(1);
-    for (const QString& name : names) {
-        if (name.startsWith(QLatin1String("--"))) {
-            return ToolSupport::Usage(err, QStringLiteral("Neznana možnost: %1").arg(name));
-        }
-    }
-    if (names.size() != 2) {
-        return ToolSupport::Usage(err, QStringLiteral("copy potrebuje izvorno in ciljno zbirko."));
+    const auto names = ToolSupport::Names(
+        arguments, 2, QStringLiteral("copy potrebuje izvorno in ciljno zbirko."), err);
+    if (!names) {
+        return BadArguments;
     }
     QString problem;
-    const auto source = DatabaseAddress::Parse(names[0], problem);
-    const auto target = source ? DatabaseAddress::Parse(names[1], problem) : std::nullopt;
+    const auto source = DatabaseAddress::Parse(names->at(0), problem);
+    const auto target = source ? DatabaseAddress::Parse(names->at(1), problem) : std::nullopt;
     if (!source || !target) {
         return ToolSupport::Usage(err, problem);
     }

@@ -3,12 +3,10 @@
 #include <QStringList>
 #include <QTextStream>
 
-// morvena-tool print and book: pages printed to a PDF file as the program prints them.
-namespace ToolPrint {
+namespace ToolCommands {
 
-// print R|T|G ID --pdf FILE [--paper letter] [--database FILE]
+// print R|T|G ID --pdf FILE [--paper letter] [--database NAME]: one page printed to a PDF
+// file as the program prints it.
 int Print(const QStringList& arguments, QTextStream& err);
-// book --pdf FILE [--group ID | --type ID] [--paper letter] [--database FILE]
-int Book(const QStringList& arguments, QTextStream& err);
 
-}  // namespace ToolPrint
+}  // namespace ToolCommands

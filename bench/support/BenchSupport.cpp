@@ -24,6 +24,8 @@ double Milliseconds(Clock::duration d) {
     return std::chrono::duration<double, std::milli>(d).count();
 }
 
+double MillisecondsSince(Clock::time_point start) { return Milliseconds(Clock::now() - start); }
+
 double Median(std::vector<double> values) {
     if (values.empty()) {
         return 0.0;
@@ -77,13 +79,13 @@ void RemoveSqliteFiles(const QString& fileName) {
     }
 }
 
-// The SQLite file with the given number of recipes: reused from the cache folder when there,
-// otherwise generated (into the cache folder when one is given). Empty on failure.
 QString ShapeName(SyntheticDatabase::Shape shape) {
     return shape == SyntheticDatabase::Shape::Uniform ? QStringLiteral("uniform")
                                                       : QStringLiteral("home");
 }
 
+// The SQLite file with the given number of recipes: reused from the cache folder when there,
+// otherwise generated (into the cache folder when one is given). Empty on failure.
 QString SqliteDatabase(const QString& folder, bool cached, int recipes,
                        SyntheticDatabase::Shape shape) {
     // The name tells the shape and the schema's indexes, so a file from before is not reused.
@@ -170,6 +172,17 @@ bool CreateServerDatabase(const QString& server, const QString& name) {
     return ok;
 }
 
+bool OpenGeneratedOnServer(const QString& server, const QString& name, int recipes,
+                           SyntheticDatabase::Shape shape) {
+    if (!CreateServerDatabase(server, name) ||
+        GenerateInto(modDatabase::ServerDatabase, server, name, recipes, shape) < 0 ||
+        !OpenShared(modDatabase::ServerDatabase, server, name)) {
+        return false;
+    }
+    QSqlQuery(modDatabase::Connection->Database()).exec(QStringLiteral("VACUUM ANALYZE"));
+    return true;
+}
+
 // The machine's load: figures taken while other work runs are slower and noisier.
 QString LoadAverage() {
     QFile file(QStringLiteral("/proc/loadavg"));
@@ -181,5 +194,18 @@ QString LoadAverage() {
         .arg(QString::fromUtf8(fields.value(0)), QString::fromUtf8(fields.value(1)),
              QString::fromUtf8(fields.value(2)));
 }
+
+void PrintDone() { Print(QStringLiteral("done, %1").arg(LoadAverage())); }
+
+QString Where(const QString& label, int recipes) {
+    return QStringLiteral("%1  %2 recipes").arg(label).arg(recipes);
+}
+
+QString Verdict(const QString& target, bool met) {
+    return QStringLiteral("[target %1 %2]")
+        .arg(target, met ? QStringLiteral("met") : QStringLiteral("MISSED"));
+}
+
+double Ratio(double value, double floor) { return floor > 0 ? value / floor : 0.0; }
 
 }  // namespace Bench

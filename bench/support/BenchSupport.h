@@ -16,6 +16,7 @@ extern const QString PgUser;
 extern const QString PgPassword;
 
 double Milliseconds(Clock::duration d);
+double MillisecondsSince(Clock::time_point start);
 double Median(std::vector<double> values);
 void Print(const QString& line);
 QString Fixed(double value, int decimals = 2);
@@ -23,6 +24,15 @@ QString Fixed(double value, int decimals = 2);
 QString ErrorText();
 // The machine's load average, for judging how noisy the figures are.
 QString LoadAverage();
+// The last line of a program: "done" and the machine's load.
+void PrintDone();
+
+// "LABEL  N recipes", where a figure's line starts.
+QString Where(const QString& label, int recipes);
+// "[target T met]" or "[target T MISSED]".
+QString Verdict(const QString& target, bool met);
+// A figure over its floor; 0 without a floor.
+double Ratio(double value, double floor);
 
 // Creates and fills a generated database like morvena-tool's generate; returns the seconds it
 // took, or a negative number after printing why it failed.
@@ -38,5 +48,9 @@ QString ShapeName(SyntheticDatabase::Shape shape);
 bool OpenShared(int kind, const QString& server, const QString& database);
 // Creates an empty database on the server (dropping one of the same name).
 bool CreateServerDatabase(const QString& server, const QString& name);
+// Creates a database of that size and shape on the server as generate does and opens the
+// shared connection on it, vacuumed and analysed as a database in use long has been.
+bool OpenGeneratedOnServer(const QString& server, const QString& name, int recipes,
+                           SyntheticDatabase::Shape shape = SyntheticDatabase::Shape::Uniform);
 
 }  // namespace Bench
