@@ -1,6 +1,6 @@
 // main/: the main window, which opens every other window.
-// May use: about, settings, lists, search, editor, display, collection, core/startup, core/database,
-// core/registry, core/ui, core.
+// May use: about, settings, lists, search, editor, display, collection, core/startup,
+// core/database, core/registry, core/ui, core.
 #pragma once
 
 #include <QMainWindow>
@@ -60,6 +60,9 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // The address shown before any page and when none is to be shown.
+    static const QString BlankPage;
+
     void Form_Load();
     void Form_Resize();
     bool Form_QueryUnload();
