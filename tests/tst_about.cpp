@@ -12,7 +12,6 @@
 #include "about/frmAbout.h"
 #include "core/AppError.h"
 #include "core/modGeneral.h"
-#include "core/startup/Startup.h"
 #include "core/ui/UiServices.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <algorithm>
 
+#include "core/Windows1250.h"
 #include "core/database/Recordset.h"
 #include "core/database/modDatabase.h"
 #include "display/modDisplay.h"
@@ -17,7 +18,7 @@ struct Pages {
     QList<QByteArray> pages;
     int recipes = 0;
 
-    void Add(const QString& page) { pages << ToolSupport::PageBytes(page); }
+    void Add(const QString& page) { pages << Windows1250::Encode(page); }
 };
 
 // The keys of a statement's rows, read from one field.

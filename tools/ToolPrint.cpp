@@ -1,5 +1,6 @@
 #include "tools/ToolPrint.h"
 
+#include "core/Windows1250.h"
 #include "display/modDisplay.h"
 #include "tools/ToolCommands.h"
 #include "tools/ToolSupport.h"
@@ -38,7 +39,7 @@ int Print(const QStringList& arguments, QTextStream& err) {
         return failed;
     }
     try {
-        ToolSupport::PrintPages({ToolSupport::PageBytes(PageOf(kind, id))},
+        ToolSupport::PrintPages({Windows1250::Encode(PageOf(kind, id))},
                                 args->options.value(QStringLiteral("--pdf")), *paper, {});
     } catch (...) {
         return ToolSupport::Failure(err, ToolSupport::ErrorText());

@@ -3,7 +3,6 @@
 #include <QtPrintSupport/QPrinter>
 
 #include "core/AppError.h"
-#include "core/Windows1250.h"
 #include "core/database/DatabaseAddress.h"
 #include "core/database/Schema.h"
 #include "core/database/modDatabase.h"
@@ -190,8 +189,6 @@ std::optional<QPageSize> Paper(const Arguments& args) {
     }
     return std::nullopt;
 }
-
-QByteArray PageBytes(const QString& page) { return Windows1250::Encode(page); }
 
 void PrintPages(const QList<QByteArray>& pages, const QString& pdf, const QPageSize& paper,
                 const std::function<void(int, int)>& progress) {

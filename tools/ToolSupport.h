@@ -74,8 +74,6 @@ std::optional<Arguments> PrintArguments(const QStringList& arguments, const QStr
                                         QTextStream& err);
 // The paper named by --paper: A4 unless "letter"; nullopt for anything else.
 std::optional<QPageSize> Paper(const Arguments& args);
-// A page as the display file holds it.
-QByteArray PageBytes(const QString& page);
 // Prints the pages (display file bytes) to the PDF file with the program's header and footer.
 void PrintPages(const QList<QByteArray>& pages, const QString& pdf, const QPageSize& paper,
                 const std::function<void(int, int)>& progress);
