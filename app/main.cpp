@@ -8,6 +8,7 @@
 #include "core/startup/Startup.h"
 #include "core/ui/QtTranslation.h"
 #include "main/frmMain.h"
+#include "settings/WindowsCollection.h"
 #include "settings/frmSettings.h"
 
 int main(int argc, char* argv[]) {
@@ -27,6 +28,7 @@ int main(int argc, char* argv[]) {
             mainWindow = std::make_unique<frmMain>();
             mainWindow->show();
         },
+        [] { WindowsCollection::Offer(nullptr); },
     });
     return started ? QApplication::exec() : 1;
 }

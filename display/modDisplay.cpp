@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/Amount.h"
 #include "core/AppError.h"
 #include "core/Windows1250.h"
 #include "core/database/modDatabase.h"
@@ -45,7 +46,7 @@ QString IngredientLines(const QVariant& sectionID) {
         NullToStr(sectionID));
     QString lines;
     for (; !rs.Eof(); rs.MoveNext()) {
-        lines += NullToStr(rs.Fields(QStringLiteral("amount"))) + QLatin1Char(' ') +
+        lines += Amount::PageText(rs.Fields(QStringLiteral("amount"))) + QLatin1Char(' ') +
                  NullToStr(rs.Fields(QStringLiteral("unitName"))) + QLatin1Char(' ') +
                  NullToStr(rs.Fields(QStringLiteral("ingredientName"))) + QStringLiteral("<br>");
     }

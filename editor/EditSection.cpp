@@ -70,6 +70,7 @@ void CopySection(EditSectionArray& sections, int from, int to) {
     Redim(target.Ingredients, UBound(source.Ingredients));
     for (int k = 1; k <= UBound(source.Ingredients); ++k) {
         target.Ingredients[k].Amount = source.Ingredients[k].Amount;
+        target.Ingredients[k].Fraction = source.Ingredients[k].Fraction;
         target.Ingredients[k].UnitID = source.Ingredients[k].UnitID;
         target.Ingredients[k].UnitName = source.Ingredients[k].UnitName;
         target.Ingredients[k].IngredientID = source.Ingredients[k].IngredientID;

@@ -12,6 +12,9 @@
 // One ingredient line in memory.
 struct EditIngredient {
     qint16 Amount = 0;
+    // A stored amount that is a fraction ("0.5"), kept as it is while the cook does not edit
+    // the line; empty for a whole amount, which is `Amount`.
+    QString Fraction;
     qint32 UnitID = 0;
     QString UnitName;
     qint32 IngredientID = 0;

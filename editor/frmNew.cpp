@@ -13,6 +13,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "core/Amount.h"
 #include "core/AppError.h"
 #include "core/ui/Controls.h"
 #include "core/ui/KeepSelection.h"
@@ -336,6 +337,14 @@ void frmNew::ClearIngredientLines() {
     itmIngredient = nullptr;
 }
 
+void frmNew::KeepFraction(QTreeWidgetItem* entry, const QString& fraction) {
+    entry->setData(0, Qt::UserRole, fraction.isEmpty() ? QVariant() : QVariant(fraction));
+}
+
+QString frmNew::KeptFraction(const QTreeWidgetItem* entry) {
+    return entry->data(0, Qt::UserRole).toString();
+}
+
 // ---- the section on screen -------------------------------------------------------------------
 
 void frmNew::DisplaySection(int intIndex) {
@@ -347,10 +356,13 @@ void frmNew::DisplaySection(int intIndex) {
             ClearIngredientLines();
             for (int k = 1; k <= UBound(section.Ingredients); ++k) {
                 const EditIngredient& line = section.Ingredients[k];
-                new QTreeWidgetItem(
+                auto* entry = new QTreeWidgetItem(
                     lstSectionIngredient,
-                    QStringList{QString::number(line.Amount), line.UnitName, line.IngredientName,
-                                QString::number(line.UnitID), QString::number(line.IngredientID)});
+                    QStringList{line.Fraction.isEmpty() ? QString::number(line.Amount)
+                                                        : Amount::EditText(line.Fraction),
+                                line.UnitName, line.IngredientName, QString::number(line.UnitID),
+                                QString::number(line.IngredientID)});
+                KeepFraction(entry, line.Fraction);
             }
         } else if (intIndex == -1) {
             txtSectionTitle->setText(QString());
@@ -373,7 +385,8 @@ void frmNew::StoreSection(int intIndex) {
         for (int k = 1; k <= count; ++k) {
             const QTreeWidgetItem* entry = lstSectionIngredient->topLevelItem(k - 1);
             EditIngredient& line = section.Ingredients[k];
-            line.Amount = EditSections::ToInteger(entry->text(0));
+            line.Fraction = KeptFraction(entry);
+            line.Amount = line.Fraction.isEmpty() ? EditSections::ToInteger(entry->text(0)) : 0;
             line.UnitName = entry->text(1);
             line.IngredientName = entry->text(2);
             line.UnitID = EditSections::ToLong(entry->text(3));

@@ -75,6 +75,10 @@ private:
     // lstSectionIngredient
     QTreeWidgetItem* SelectedIngredientLine() const;
     void ClearIngredientLines();
+    // A line's stored fraction ("0.5"), kept with the entry until the line is edited; empty
+    // for a whole amount, which is the entry's text.
+    static void KeepFraction(QTreeWidgetItem* entry, const QString& fraction);
+    static QString KeptFraction(const QTreeWidgetItem* entry);
 
     // ---- frmNewLookups.cpp
     void FillCmbGroup();

@@ -7,6 +7,7 @@
 #include <QSignalBlocker>
 #include <QTreeWidget>
 
+#include "core/Amount.h"
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
@@ -110,7 +111,12 @@ void frmNew::LoadSection(qint32 sectionID) {
         EditSections::Redim(section.Ingredients, count);
         for (int k = 1; k <= count; ++k) {
             EditIngredient& line = section.Ingredients[k];
-            line.Amount = EditSections::ToInteger(lines.Fields(QStringLiteral("amount")));
+            const QVariant amount = lines.Fields(QStringLiteral("amount"));
+            if (Amount::IsWhole(amount)) {
+                line.Amount = EditSections::ToInteger(amount);
+            } else {
+                line.Fraction = Amount::Stored(amount).toString();
+            }
             line.IngredientID = lines.Long(QStringLiteral("ingredientID"));
             line.UnitID = lines.Long(QStringLiteral("unitID"));
             line.IngredientName = lines.Text(QStringLiteral("ingredientName"));

@@ -103,7 +103,9 @@ void frmNew::cmdOK_Click() {
                     lines.AddNew();
                     lines.SetField(QStringLiteral("sectionID"), sectionID);
                     lines.SetField(QStringLiteral("ingredientID"), line.IngredientID);
-                    lines.SetField(QStringLiteral("amount"), int(line.Amount));
+                    lines.SetField(QStringLiteral("amount"),
+                                   line.Fraction.isEmpty() ? QVariant(int(line.Amount))
+                                                           : QVariant(line.Fraction));
                     lines.SetField(QStringLiteral("unitID"), line.UnitID);
                     lines.Update();
                 }
@@ -121,7 +123,9 @@ void frmNew::cmdOK_Click() {
                 lines.AddNew();
                 lines.SetField(QStringLiteral("sectionID"), sectionID);
                 lines.SetField(QStringLiteral("ingredientID"), entry->text(4));
-                lines.SetField(QStringLiteral("amount"), entry->text(0));
+                const QString fraction = KeptFraction(entry);
+                lines.SetField(QStringLiteral("amount"),
+                               fraction.isEmpty() ? entry->text(0) : fraction);
                 lines.SetField(QStringLiteral("unitID"), entry->text(3));
                 lines.Update();
             }

@@ -247,6 +247,7 @@ void frmNew::cmdIngredientOk_Click() {
         }
         QTreeWidgetItem* ingredient = lstIngredient->selectedItems().first();
         line->setText(0, TrimBlanks(txtAmount->text()));
+        KeepFraction(line, QString());  // the amount is now the one typed
         line->setText(1, cmbUnit->currentText());
         line->setText(2, ingredient->text(0));
         line->setText(3, QString::number(cmbUnit->currentData().toInt()));

@@ -19,6 +19,7 @@
 #include "core/registry/modRegistry.h"
 #include "core/ui/Controls.h"
 #include "core/ui/UiServices.h"
+#include "settings/WindowsCollection.h"
 
 namespace {
 
@@ -333,7 +334,13 @@ void frmSettings::cmdOK_Click() {
         modDatabase::OpenConnection();
 
         const auto& connection = modDatabase::Connection;
-        if (connection && connection->State() == modDatabase::adStateOpen) {
+        const bool open = connection && connection->State() == modDatabase::adStateOpen;
+        const WindowsCollection::Outcome conversion =
+            open ? WindowsCollection::Outcome::NotAccess : WindowsCollection::Offer(this);
+        if (conversion == WindowsCollection::Outcome::Failed) {
+            return;
+        }
+        if (open || conversion == WindowsCollection::Outcome::Converted) {
             SetRegistryString(ProgramKey, QStringLiteral("ServerName"), ServerName, true);
             // Written with a lower-case n; the store matches value names without regard to
             // case, so this is the value read as "DatabaseName".

@@ -1,5 +1,6 @@
-// settings/: the settings dialog, which chooses the collection.
-// May use: core/database, core/registry, core/ui, core.
+// settings/: the settings dialog, which chooses the collection, and the conversion of a
+// collection of the Windows program. May use: collection, core/database, core/registry,
+// core/ui, core.
 #pragma once
 
 #include <QDialog>

@@ -477,7 +477,7 @@ private Q_SLOTS:
         const Result result = Tool({"copy", source, target});
         QCOMPARE(result.exitCode, 1);
         QVERIFY2(result.err.startsWith(QLatin1String("CollectionCopy:Copy->QPSQL->ERROR:  invalid "
-                                                     "input syntax for type integer")),
+                                                     "input syntax for type numeric")),
                  qPrintable(result.err));
         QVERIFY(result.err.contains(QLatin1String("veliko")));
         QVERIFY(StillEmpty(TestDatabase::Postgres, QStringLiteral("failed_copy")));

@@ -13,6 +13,7 @@
 #include <QUrl>
 
 #include "core/AppError.h"
+#include "core/database/AccessFile.h"
 #include "core/database/PlannerStatistics.h"
 #include "core/database/Schema.h"
 #include "core/database/SingleStatement.h"
@@ -45,6 +46,13 @@ QString DatabaseErrorText(const QSqlError& error) {
 
 QString NotMorvena(const QString& name) {
     return QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name);
+}
+
+QString FromWindows(const QString& name) {
+    return QStringLiteral(
+               "%1 je zbirka podatkov programa Morvena za Windows (Access). Morvena jo odpre, ko "
+               "jo pretvori v svojo zbirko.")
+        .arg(name);
 }
 
 QString CannotRead(const QString& name, const QString& cause) {
@@ -111,6 +119,10 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
     }
     if (expect == Expect::EmptyDatabase && exists) {
         Fail(QStringLiteral("Datoteka %1 že obstaja.").arg(fileName));
+        return;
+    }
+    if (AccessFile::IsAccessFile(fileName)) {
+        Fail(FromWindows(fileName));
         return;
     }
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_qtName);

@@ -47,6 +47,10 @@ bool Main(const StartupWindows& windows) {
             ErrorPath::Raise(91, QStringLiteral("Object variable not set"));
         }
         if (modDatabase::Connection->State() != modDatabase::adStateOpen &&
+            windows.offerConversion) {
+            windows.offerConversion();
+        }
+        if (modDatabase::Connection->State() != modDatabase::adStateOpen &&
             windows.showSettingsDialog) {
             windows.showSettingsDialog();
         }

@@ -16,11 +16,13 @@ void ReadSettings();
 // finds working values.
 void StoreInstallationValues();
 
-// The windows that Main shows, modally: the settings dialog only when no connection works;
-// then the main window.
+// The windows that Main shows, modally, when no connection works: first the offer to convert a
+// collection of the Windows program that the database setting names, then, when still no
+// connection works, the settings dialog; then the main window.
 struct StartupWindows {
     std::function<void()> showSettingsDialog;
     std::function<void()> showMainWindow;
+    std::function<void()> offerConversion;
 };
 // The program's entry procedure. Returns false when the program is to end at once.
 bool Main(const StartupWindows& windows);

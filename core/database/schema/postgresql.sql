@@ -76,7 +76,7 @@ CREATE TABLE "sectioningredient" (
     sectionid integer NOT NULL,
     ingredientid integer NOT NULL,
     unitid integer NOT NULL,
-    amount integer NOT NULL
+    amount numeric NOT NULL
 );
 
 CREATE INDEX type_group ON "type" (groupid);
