@@ -13,7 +13,9 @@ Result Tool(const QStringList& arguments) {
     if (!process.waitForFinished(300000)) {
         qFatal("morvena-tool did not finish");
     }
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+    // A tool that crashed has no exit code of its own.
+    return {process.exitStatus() == QProcess::CrashExit ? -1 : process.exitCode(),
+            QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
 }
 

@@ -9,7 +9,7 @@
 namespace ToolRun {
 
 struct Result {
-    int exitCode;
+    int exitCode;  // -1 when the tool crashed
     QString out;
     QString err;
 };
