@@ -92,6 +92,38 @@ QString TakeText(char* text) {
     return result;
 }
 
+// The value of a number field whose bytes begin at `start` of the page buffer: a whole number
+// as an integer, a fraction as its exact decimal text; NULL when the bytes hold no number.
+QVariant NumberAt(MdbHandle* mdb, int type, int start, int scale, int precision) {
+    QString text;
+    switch (type) {
+        case MDB_BYTE:
+            return qlonglong(mdb_get_byte(mdb->pg_buf, start));
+        case MDB_INT:
+            return qlonglong(static_cast<qint16>(mdb_get_int16(mdb->pg_buf, start)));
+        case MDB_LONGINT:
+            return qlonglong(static_cast<qint32>(mdb_get_int32(mdb->pg_buf, start)));
+        case MDB_FLOAT:
+            text = ShortestDecimal(mdb_get_single(mdb->pg_buf, start));
+            break;
+        case MDB_DOUBLE:
+            text = ShortestDecimal(mdb_get_double(mdb->pg_buf, start));
+            break;
+        case MDB_MONEY:
+            text = TakeText(mdb_money_to_string(mdb, start));
+            break;
+        case MDB_NUMERIC:
+            // The library's definition takes the precision before the scale (its header names
+            // them the other way round).
+            text = TakeText(mdb_numeric_to_string(mdb, start, precision, scale));
+            break;
+        default:
+            return QVariant();
+    }
+    const QString decimal = Amount::Canonical(text);
+    return decimal.isEmpty() ? QVariant() : Amount::Stored(decimal);
+}
+
 struct TableDeleter {
     void operator()(MdbTableDef* table) const { mdb_free_tabledef(table); }
 };
@@ -155,39 +187,23 @@ public:
             Fail(Damaged(m_file, where.Text()));
         }
         switch (column->col_type) {
-            case MDB_BYTE:
-                return qlonglong(mdb_get_byte(m_mdb->pg_buf, start));
-            case MDB_INT:
-                return qlonglong(static_cast<qint16>(mdb_get_int16(m_mdb->pg_buf, start)));
-            case MDB_LONGINT:
-                return qlonglong(static_cast<qint32>(mdb_get_int32(m_mdb->pg_buf, start)));
-            case MDB_FLOAT:
-                return Number(ShortestDecimal(mdb_get_single(m_mdb->pg_buf, start)), where);
-            case MDB_DOUBLE:
-                return Number(ShortestDecimal(mdb_get_double(m_mdb->pg_buf, start)), where);
-            case MDB_MONEY:
-                return Number(TakeText(mdb_money_to_string(m_mdb, start)), where);
-            case MDB_NUMERIC:
-                return Number(TakeText(mdb_numeric_to_string(m_mdb, start, column->col_scale,
-                                                             column->col_prec)),
-                              where);
             case MDB_TEXT:
                 return Decoded(m_mdb, reinterpret_cast<const char*>(m_mdb->pg_buf) + start,
                                size_t(size));
-            default:
+            case MDB_MEMO:
                 return Memo(column, start, size, where);
+            default: {
+                const QVariant number = NumberAt(m_mdb, column->col_type, start,
+                                                 column->col_scale, column->col_prec);
+                if (number.isNull()) {
+                    Fail(Damaged(m_file, where.Text()));
+                }
+                return number;
+            }
         }
     }
 
 private:
-    QVariant Number(const QString& text, const Where& where) const {
-        const QString decimal = Amount::Canonical(text);
-        if (decimal.isEmpty()) {
-            Fail(Damaged(m_file, where.Text()));
-        }
-        return Amount::Stored(decimal);
-    }
-
     // A memo's bytes, read whole however many pages they take, then decoded.
     QString Memo(MdbColumn* column, int start, int size, const Where& where) {
         if (size == 0) {
@@ -242,6 +258,14 @@ struct Database::Handle {
 };
 
 QString ErrorSource() { return QStringLiteral("libmdb"); }
+
+QVariant NumberFromBytes(NumberType type, const QByteArray& bytes, int scale, int precision) {
+    auto mdb = std::make_unique<MdbHandle>();
+    memcpy(mdb->pg_buf, bytes.constData(), std::min<size_t>(bytes.size(), sizeof mdb->pg_buf));
+    static const int types[] = {MDB_BYTE,  MDB_INT,    MDB_LONGINT, MDB_FLOAT,
+                                MDB_DOUBLE, MDB_MONEY, MDB_NUMERIC};
+    return NumberAt(mdb.get(), types[int(type)], 0, scale, precision);
+}
 
 bool IsAccessFile(const QString& path) {
     QFile file(path);

@@ -55,4 +55,10 @@ private:
 // The source of the errors that reading raises.
 QString ErrorSource();
 
+// The number types of Access, and the value that a field of the type with these bytes is read
+// as (see Database::Read); NULL when the bytes hold no number.
+enum class NumberType { Byte, Integer, Long, Single, Double, Currency, Numeric };
+QVariant NumberFromBytes(NumberType type, const QByteArray& bytes, int scale = 0,
+                         int precision = 0);
+
 }  // namespace AccessFile
