@@ -105,6 +105,7 @@ private Q_SLOTS:
         QCOMPARE(m_shown, QStringList{"main"});
         QCOMPARE(DatabaseName, converted);
         QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
+        modDatabase::Connection.reset();
         QCOMPARE(QDir(m_folder).entryList(QDir::Files),
                  (QStringList{"Morvena-linux.mdb", "Morvena.mdb"}));
     }
