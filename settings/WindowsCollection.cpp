@@ -1,6 +1,7 @@
 #include "settings/WindowsCollection.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QProgressDialog>
 
 #include "collection/AccessConversion.h"
@@ -83,7 +84,7 @@ Outcome Offer(QWidget* parent) {
         return Outcome::NotAccess;
     }
     const QString newFile = AccessConversion::NewFileFor(accessFile);
-    if (!Asked(accessFile, newFile)) {
+    if (!Asked(QFileInfo(accessFile).absoluteFilePath(), newFile)) {
         return Outcome::Declined;
     }
     UiServices::SetMousePointer(UiServices::vbHourglass);
