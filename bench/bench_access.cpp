@@ -86,7 +86,8 @@ Process BestToolCopy(const Options& options, const Workspace& work) {
     const QString target = work.File(QStringLiteral("converted.mdb"));
     for (int run = 0; run < options.runs; ++run) {
         RemoveSqliteFiles(target);
-        const Process one = RunProcess({options.tool, QStringLiteral("copy"), options.access, target});
+        const Process one =
+            RunProcess({options.tool, QStringLiteral("copy"), options.access, target});
         if (one.seconds < 0) {
             return one;
         }
@@ -100,9 +101,9 @@ Process BestToolCopy(const Options& options, const Workspace& work) {
 
 // The best of `runs` exports of the nine tables by mdb-export (the nine processes' times summed).
 double BestExport(const Options& options) {
-    static const QStringList tables{"Group",   "Type",    "Recipe",        "Source",
-                                    "Unit",    "Ingredient", "Section", "RecipeSection",
-                                    "SectionIngredient"};
+    static const QStringList tables{"Group",   "Type",          "Recipe",
+                                    "Source",  "Unit",          "Ingredient",
+                                    "Section", "RecipeSection", "SectionIngredient"};
     double best = -1.0;
     for (int run = 0; run < options.runs; ++run) {
         double seconds = 0.0;

@@ -31,8 +31,8 @@ QString NewFileFor(const QString& accessFile) {
                  QStringLiteral("/morvena");
         QDir().mkpath(folder);
     }
-    const QString base = folder + QLatin1Char('/') + access.completeBaseName() +
-                         QStringLiteral("-linux");
+    const QString base =
+        folder + QLatin1Char('/') + access.completeBaseName() + QStringLiteral("-linux");
     QString name = base + QStringLiteral(".mdb");
     for (int n = 2; Taken(name); ++n) {
         name = base + QStringLiteral("-%1.mdb").arg(n);

@@ -152,7 +152,8 @@ void AccessSource::Check(const AccessFile::Table& table, const QStringList& colu
         }
         const int index = ColumnIndex(columns, QLatin1String(rule.column));
         const QSet<qlonglong>* parents =
-            rule.parent ? &m_keys[QString::fromLatin1(rule.parent).toLower() + QStringLiteral("id")] : nullptr;
+            rule.parent ? &m_keys[QString::fromLatin1(rule.parent).toLower() + QStringLiteral("id")]
+                        : nullptr;
         for (const QVector<QVariant>& row : table.rows) {
             const QString why = Problem(rule.need, row[index]);
             if (!why.isEmpty()) {

@@ -63,8 +63,7 @@ TableSummary CopyTable(CopySource::Source& source, DbConnection& target, const Q
     const QStringList targetColumns = CopyTables::Columns(target, table);
     const std::unique_ptr<CopySource::Feed> feed = source.Rows(table, targetColumns);
     const qint64 total = feed->Total();
-    const QVector<int> positions =
-        CopyTables::MatchColumns(table, feed->Columns(), targetColumns);
+    const QVector<int> positions = CopyTables::MatchColumns(table, feed->Columns(), targetColumns);
     CopyTables::TableSum sum(feed->Columns());
     CopyTables::TableWriter writer(target, table, targetColumns);
     QVector<QVariant> row;
@@ -103,11 +102,11 @@ public:
         return m_connection->LastError();
     }
     void Begin() override {
-        Statements::Run(*m_connection,
-                        m_connection->Kind() == modDatabase::ServerDatabase
-                            ? QStringLiteral(
-                                  "START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
-                            : QStringLiteral("BEGIN"));
+        Statements::Run(
+            *m_connection,
+            m_connection->Kind() == modDatabase::ServerDatabase
+                ? QStringLiteral("START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
+                : QStringLiteral("BEGIN"));
     }
     std::unique_ptr<CopySource::Feed> Rows(const QString& table, const QStringList&) override {
         return std::make_unique<TableReader>(*m_connection, table);
@@ -247,8 +246,7 @@ Outcome Copy(const DatabaseAddress::Address& source, const DatabaseAddress::Addr
 namespace CopySource {
 
 std::unique_ptr<Source> At(const DatabaseAddress::Address& address) {
-    if (address.kind == modDatabase::FileDatabase &&
-        AccessFile::IsAccessFile(address.database)) {
+    if (address.kind == modDatabase::FileDatabase && AccessFile::IsAccessFile(address.database)) {
         return std::make_unique<AccessSource>(address.database);
     }
     return std::make_unique<CollectionCopy::DatabaseSource>(address);

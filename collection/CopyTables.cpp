@@ -95,14 +95,13 @@ CollectionCopy::TableSummary TableSum::Result(const QString& table) {
     return {table, m_rows, m_hash.result().toHex()};
 }
 
-TableWriter::TableWriter(DbConnection& connection, const QString& table,
-                         const QStringList& columns)
+TableWriter::TableWriter(DbConnection& connection, const QString& table, const QStringList& columns)
     : m_connection(connection),
       m_table(table),
       m_columns(columns),
-      m_rowsPerStatement(std::max(
-          1, std::min<int>(MostRowsPerStatement,
-                           MostValuesPerStatement / std::max(1, int(columns.size()))))) {}
+      m_rowsPerStatement(
+          std::max(1, std::min<int>(MostRowsPerStatement,
+                                    MostValuesPerStatement / std::max(1, int(columns.size()))))) {}
 
 void TableWriter::Add(const QVector<QVariant>& row) {
     m_pending.push_back(row);

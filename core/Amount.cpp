@@ -53,7 +53,8 @@ QString DecimalOf(const QVariant& value) {
         case QMetaType::Double:
         case QMetaType::Float:
             // The shortest text that reads back as the same number: what the cook typed.
-            return PlainDecimal(QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest));
+            return PlainDecimal(
+                QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest));
         case QMetaType::Int:
         case QMetaType::UInt:
         case QMetaType::Long:

@@ -103,9 +103,9 @@ void frmNew::cmdOK_Click() {
                     lines.AddNew();
                     lines.SetField(QStringLiteral("sectionID"), sectionID);
                     lines.SetField(QStringLiteral("ingredientID"), line.IngredientID);
-                    lines.SetField(QStringLiteral("amount"),
-                                   line.Fraction.isEmpty() ? QVariant(int(line.Amount))
-                                                           : QVariant(line.Fraction));
+                    lines.SetField(QStringLiteral("amount"), line.Fraction.isEmpty()
+                                                                 ? QVariant(int(line.Amount))
+                                                                 : QVariant(line.Fraction));
                     lines.SetField(QStringLiteral("unitID"), line.UnitID);
                     lines.Update();
                 }

@@ -55,10 +55,12 @@ public:
 
 private:
     void Show(const QString& finishedTable) {
+        const int tables = int(Schema::TableNames().size());
         const int finished = int(Schema::TableNames().indexOf(finishedTable)) + 1;
-        m_dialog.setLabelText(QStringLiteral("Pretvarjanje zbirke: %1 od %2 tabel")
-                                  .arg(finished)
-                                  .arg(Schema::TableNames().size()));
+        m_dialog.setLabelText(
+            finished < tables
+                ? QStringLiteral("Pretvarjanje zbirke: %1 od %2 tabel").arg(finished).arg(tables)
+                : QStringLiteral("Preverjanje pretvorjene zbirke"));
         m_dialog.setValue(finished);
     }
 
@@ -68,8 +70,8 @@ private:
 void UseAsDatabase(const QString& newFile) {
     modGeneral::DatabaseName = newFile;
     // Written with a lower-case n, as the settings dialog writes it.
-    modRegistry::SetRegistryString(modRegistry::ProgramKey, QStringLiteral("Databasename"),
-                                   newFile, true);
+    modRegistry::SetRegistryString(modRegistry::ProgramKey, QStringLiteral("Databasename"), newFile,
+                                   true);
     modRegistry::SetRegistryLong(modRegistry::ProgramKey, QStringLiteral("DatabaseType"),
                                  modDatabase::FileDatabase, true);
     modDatabase::OpenConnection();
@@ -108,7 +110,7 @@ Outcome Offer(QWidget* parent) {
     UseAsDatabase(newFile);
     const auto& connection = modDatabase::Connection;
     return connection && connection->State() == modDatabase::adStateOpen ? Outcome::Converted
-                                                                          : Outcome::Failed;
+                                                                         : Outcome::Failed;
 }
 
 }  // namespace WindowsCollection

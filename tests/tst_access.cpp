@@ -62,8 +62,7 @@ QMap<QString, QByteArray> Pages() {
         pages[QStringLiteral("T") + key] = Windows1250::Encode(modDisplay::TypePage(key.toInt()));
     }
     for (const QString& key : Keys("Recipe", "recipeID")) {
-        pages[QStringLiteral("R") + key] =
-            Windows1250::Encode(modDisplay::RecipePage(key.toInt()));
+        pages[QStringLiteral("R") + key] = Windows1250::Encode(modDisplay::RecipePage(key.toInt()));
     }
     return pages;
 }
@@ -149,16 +148,17 @@ private Q_SLOTS:
         // The same checksums as a copy of the collection the file was made from.
         const QString fromSample = Target(TestDatabase::Sqlite, QStringLiteral("from_sample"));
         const Result sample = Tool({"copy", m_sampleFile, fromSample});
-        QCOMPARE(result.out.section(QLatin1Char('\n'), 1), sample.out.section(QLatin1Char('\n'), 1));
+        QCOMPARE(result.out.section(QLatin1Char('\n'), 1),
+                 sample.out.section(QLatin1Char('\n'), 1));
 
         Open(kind, kind == TestDatabase::Postgres ? QStringLiteral("from_access") : target);
         const QMap<QString, QByteArray> pages = Pages();
         if (kind == TestDatabase::Postgres) {
             // The sample collection on the server, whose ingredient lines come in the
             // server's order.
-            QCOMPARE(Tool({"copy", m_sampleFile, Target(kind, QStringLiteral("sample_there"))})
-                         .exitCode,
-                     0);
+            QCOMPARE(
+                Tool({"copy", m_sampleFile, Target(kind, QStringLiteral("sample_there"))}).exitCode,
+                0);
             Open(kind, QStringLiteral("sample_there"));
             QCOMPARE(pages, Pages());
             Open(kind, QStringLiteral("from_access"));
@@ -211,8 +211,7 @@ private Q_SLOTS:
         QCOMPARE(title.size, 0);
         AccessPatch::SetPresent(access, title, true);
         // Unit 1's description "gram" marked NULL.
-        AccessPatch::SetPresent(access, AccessPatch::Find(access, "Unit", 1, "description"),
-                                false);
+        AccessPatch::SetPresent(access, AccessPatch::Find(access, "Unit", 1, "description"), false);
         const Result result = CopyAndOpen(access, QStringLiteral("from_empty"));
         QCOMPARE(result.err, QString());
         QCOMPARE(result.exitCode, 0);
@@ -229,7 +228,8 @@ private Q_SLOTS:
     // Fractions in a number column are kept exactly and shown with a decimal comma.
     void keepsFractionalAmounts() {
         const QString access = CopyOf("Morvena-sample.mdb", "fractions.mdb");
-        const AccessPatch::Place first = AccessPatch::Find(access, "SectionIngredient", 1, "amount");
+        const AccessPatch::Place first =
+            AccessPatch::Find(access, "SectionIngredient", 1, "amount");
         const AccessPatch::Place second =
             AccessPatch::Find(access, "SectionIngredient", 2, "amount");
         QCOMPARE(first.size, 8);
@@ -242,7 +242,8 @@ private Q_SLOTS:
                                     "WHERE sectionIngredientID <= 3 ORDER BY 1;"),
                  (QStringList{"1|0.5", "2|1.25", "3|3"}));
         const QString page = modDisplay::RecipePage(1);
-        QVERIFY2(page.contains(QStringLiteral("<h3>Sestavine:</h3>0,5 g goveje meso<br>1,25 g goveje kosti<br>3 l voda")),
+        QVERIFY2(page.contains(QStringLiteral(
+                     "<h3>Sestavine:</h3>0,5 g goveje meso<br>1,25 g goveje kosti<br>3 l voda")),
                  qPrintable(page));
     }
 

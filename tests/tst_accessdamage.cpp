@@ -114,7 +114,8 @@ private Q_SLOTS:
         Refused(file, "Tabela Recipe, ključ 3, polje title: besedilo je prazno (NULL).");
         file = Sample("nullamount.mdb");
         SetNull(file, "SectionIngredient", 7, "amount");
-        Refused(file, "Tabela SectionIngredient, ključ 7, polje amount: količina je prazna (NULL).");
+        Refused(file,
+                "Tabela SectionIngredient, ključ 7, polje amount: količina je prazna (NULL).");
         file = Sample("nullname.mdb");
         SetNull(file, "Group", 2, "name");
         Refused(file, "Tabela Group, ključ 2, polje name: besedilo je prazno (NULL).");
@@ -132,8 +133,9 @@ private Q_SLOTS:
     void stopsAtAPlaceBeyondTheRangeOfPlaces() {
         const QString file = CopyOf("Morvena-2000.mdb", "place.mdb");
         SetLong(file, "RecipeSection", 10, "place", 40000);
-        Refused(file, "Tabela RecipeSection, ključ 10, polje place: mesto ni celo število med "
-                      "-32768 in 32767.");
+        Refused(file,
+                "Tabela RecipeSection, ključ 10, polje place: mesto ni celo število med "
+                "-32768 in 32767.");
     }
 
     // A recipe whose source is gone shows without a source; a line whose ingredient is gone is

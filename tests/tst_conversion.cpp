@@ -58,8 +58,8 @@ class TestConversion : public QObject {
     void PutAccessFile(const QString& from = QStringLiteral("Morvena-sample.mdb")) {
         m_access = m_folder + QStringLiteral("/Morvena.mdb");
         QFile::remove(m_access);
-        QVERIFY(QFile::copy(QStringLiteral(MORVENA_TEST_SOURCE_DIR "/data/access/") + from,
-                            m_access));
+        QVERIFY(
+            QFile::copy(QStringLiteral(MORVENA_TEST_SOURCE_DIR "/data/access/") + from, m_access));
         m_accessChecksum = AccessPatch::Checksum(m_access);
         modRegistry::SetRegistryString(modRegistry::ProgramKey, QStringLiteral("DatabaseName"),
                                        m_access, true);
@@ -93,7 +93,8 @@ private Q_SLOTS:
         QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
         QCOMPARE(TestDatabase::Rows("SELECT COUNT(*) FROM [Recipe];"), QStringList{"65"});
         QVERIFY(modDisplay::RecipePage(1).contains(
-            QStringLiteral("<h1>Goveja juha z rezanci</h1><h3>Sestavine:</h3>600 g goveje meso<br>300 g goveje kosti")));
+            QStringLiteral("<h1>Goveja juha z rezanci</h1><h3>Sestavine:</h3>600 g goveje "
+                           "meso<br>300 g goveje kosti")));
         QCOMPARE(AccessPatch::Checksum(m_access), m_accessChecksum);
 
         // The next start opens the converted collection and asks nothing.
@@ -165,10 +166,11 @@ private Q_SLOTS:
         const QString converted = m_folder + QStringLiteral("/Morvena-linux.mdb");
         MessageRecorder messages;
         frmSettings settings;
-        const auto ran = DialogDriver::WhenShown(QStringLiteral("frmSettings"), [&](QDialog* shown) {
-            shown->findChild<QLineEdit*>(QStringLiteral("txtDatabase"))->setText(m_access);
-            QTest::mouseClick(DialogDriver::Button(shown, "cmdOK"), Qt::LeftButton);
-        });
+        const auto ran =
+            DialogDriver::WhenShown(QStringLiteral("frmSettings"), [&](QDialog* shown) {
+                shown->findChild<QLineEdit*>(QStringLiteral("txtDatabase"))->setText(m_access);
+                QTest::mouseClick(DialogDriver::Button(shown, "cmdOK"), Qt::LeftButton);
+            });
         QCOMPARE(settings.exec(), int(QDialog::Accepted));
         QVERIFY(*ran);
         QCOMPARE(messages.Texts(), QStringList{Question(m_access, converted)});

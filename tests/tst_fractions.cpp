@@ -163,8 +163,7 @@ private Q_SLOTS:
             Click(editor, "cmdSectionIngredientEdit");
             QCOMPARE(Box(editor, "txtAmount")->text(), QStringLiteral("0,5"));
             Click(editor, "cmdIngredientOk");
-            QCOMPARE(messages.Texts().value(0),
-                     QStringLiteral("Vnesite veljavno količino!"));
+            QCOMPARE(messages.Texts().value(0), QStringLiteral("Vnesite veljavno količino!"));
             Box(editor, "txtAmount")->setText(QStringLiteral("2"));
             Click(editor, "cmdIngredientOk");
             QCOMPARE(LineTexts(editor).value(0), QStringLiteral("2|g|moka|1|1"));

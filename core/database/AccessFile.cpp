@@ -9,8 +9,8 @@
 #include <QFileInfo>
 #include <charconv>
 
-#include "core/AppError.h"
 #include "core/Amount.h"
+#include "core/AppError.h"
 
 namespace AccessFile {
 namespace {
@@ -193,8 +193,8 @@ public:
             case MDB_MEMO:
                 return Memo(column, start, size, where);
             default: {
-                const QVariant number = NumberAt(m_mdb, column->col_type, start,
-                                                 column->col_scale, column->col_prec);
+                const QVariant number =
+                    NumberAt(m_mdb, column->col_type, start, column->col_scale, column->col_prec);
                 if (number.isNull()) {
                     Fail(Damaged(m_file, where.Text()));
                 }
@@ -262,7 +262,7 @@ QString ErrorSource() { return QStringLiteral("libmdb"); }
 QVariant NumberFromBytes(NumberType type, const QByteArray& bytes, int scale, int precision) {
     auto mdb = std::make_unique<MdbHandle>();
     memcpy(mdb->pg_buf, bytes.constData(), std::min<size_t>(bytes.size(), sizeof mdb->pg_buf));
-    static const int types[] = {MDB_BYTE,  MDB_INT,    MDB_LONGINT, MDB_FLOAT,
+    static const int types[] = {MDB_BYTE,   MDB_INT,   MDB_LONGINT, MDB_FLOAT,
                                 MDB_DOUBLE, MDB_MONEY, MDB_NUMERIC};
     return NumberAt(mdb.get(), types[int(type)], 0, scale, precision);
 }
