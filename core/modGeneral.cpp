@@ -1,5 +1,6 @@
 #include "core/modGeneral.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -90,8 +91,18 @@ QString DefaultInstallDir() {
 }
 
 void LogError(const QString& text) {
-    QFile log(QStringLiteral("errors.log"));
-    if (!log.open(QIODevice::WriteOnly | QIODevice::Append)) {
+    // The log holds what the user typed: it is the owner's alone, and a link planted at its
+    // name (or anything but a plain file) is not written through.
+    const int fd = ::open("errors.log", O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC,
+                          S_IRUSR | S_IWUSR);
+    if (fd < 0) {
+        return;
+    }
+    struct stat info {};
+    QFile log;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) ||
+        !log.open(fd, QIODevice::WriteOnly | QIODevice::Append, QFileDevice::AutoCloseHandle)) {
+        ::close(fd);
         return;
     }
     const QString entry =

@@ -2,10 +2,14 @@
 // offers to convert it, writes a new collection beside it, stores that as the database and
 // opens it; the next start opens the converted collection without asking. The settings dialog
 // offers the same for an Access file chosen there.
+#include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTest>
 
 #include "core/database/modDatabase.h"
@@ -68,7 +72,10 @@ class TestConversion : public QObject {
     }
 
 private Q_SLOTS:
-    void initTestCase() { TestDatabase::IsolateEnvironment(); }
+    void initTestCase() {
+        TestDatabase::IsolateEnvironment();
+        qputenv("XDG_DATA_HOME", QFile::encodeName(TestDatabase::WorkFolder() + "/data"));
+    }
     void init() {
         QDir(modRegistry::StoreFolder()).removeRecursively();
         m_folder = TestDatabase::WorkFolder() + QStringLiteral("/windows");
@@ -138,6 +145,37 @@ private Q_SLOTS:
         QCOMPARE(DatabaseName, converted);
         QVERIFY(taken.open(QIODevice::ReadOnly));
         QCOMPARE(taken.readAll(), QByteArray("mine"));
+    }
+
+    // A folder the cook cannot write: the new collection goes to the user's data folder.
+    void anUnwritableFolderSendsTheNewFileToTheDataFolder() {
+        PutAccessFile();
+        const QByteArray folder = QFile::encodeName(m_folder);
+        QVERIFY(QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::ExeOwner));
+        // The administrator writes anywhere but into a folder marked unchangeable.
+        const bool immutable =
+            ::access(folder.constData(), W_OK) == 0 &&
+            QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("+i"), m_folder}) == 0;
+        const auto restore = qScopeGuard([&] {
+            if (immutable) {
+                QProcess::execute(QStringLiteral("chattr"), {QStringLiteral("-i"), m_folder});
+            }
+            QFile::setPermissions(m_folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        });
+        if (::access(folder.constData(), W_OK) == 0) {
+            QSKIP("no folder can be made unwritable here");
+        }
+        const QString converted =
+            TestDatabase::WorkFolder() + QStringLiteral("/data/morvena/Morvena-linux.mdb");
+        QFile::remove(converted);
+        MessageRecorder messages;
+        QVERIFY(Main(Windows()));
+        QCOMPARE(messages.Texts(), QStringList{Question(m_access, converted)});
+        QCOMPARE(DatabaseName, converted);
+        QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
+        QCOMPARE(AccessPatch::Checksum(m_access), m_accessChecksum);
+        modDatabase::Connection.reset();
+        QFile::remove(converted);
     }
 
     // A damaged file: the reason, then the settings dialog; nothing is left behind.

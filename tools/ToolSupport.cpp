@@ -1,6 +1,11 @@
 #include "tools/ToolSupport.h"
 
+#include <sys/stat.h>
+
+#include <QFileInfo>
+#include <QTemporaryFile>
 #include <QtPrintSupport/QPrinter>
+#include <cstdio>
 
 #include "core/AppError.h"
 #include "core/database/DatabaseAddress.h"
@@ -192,11 +197,31 @@ std::optional<QPageSize> Paper(const Arguments& args) {
 
 void PrintPages(const QList<QByteArray>& pages, const QString& pdf, const QPageSize& paper,
                 const std::function<void(int, int)>& progress) {
+    // Written under a new name of its own beside the target, then renamed into place: a link
+    // planted at the target's name is replaced, never written through, and a failed print
+    // leaves the target as it was.
+    const QFileInfo target(pdf);
+    QTemporaryFile part(target.absolutePath() + QStringLiteral("/.") + target.fileName() +
+                        QStringLiteral(".XXXXXX"));
+    if (!part.open()) {
+        ErrorPath::Raise(AppError::PassedOn,
+                         QStringLiteral("Datoteke %1 ni mogoče ustvariti.").arg(pdf));
+    }
+    part.close();
     QPrinter printer(QPrinter::HighResolution);
     printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(pdf);
+    printer.setOutputFileName(part.fileName());
     printer.setPageSize(paper);
     PagePrinter::PrintBook(printer, pages, PagePrinter::ProgramPageSetup, progress);
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    if (::chmod(QFile::encodeName(part.fileName()).constData(), 0666 & ~mask) != 0 ||
+        ::rename(QFile::encodeName(part.fileName()).constData(),
+                 QFile::encodeName(pdf).constData()) != 0) {
+        ErrorPath::Raise(AppError::PassedOn,
+                         QStringLiteral("Datoteke %1 ni mogoče zapisati.").arg(pdf));
+    }
+    part.setAutoRemove(false);
 }
 
 }  // namespace ToolSupport
