@@ -4,6 +4,7 @@
 #include <QSqlQuery>
 #include <QTemporaryFile>
 
+#include "collection/CollectionCheck.h"
 #include "core/database/modDatabase.h"
 
 namespace CollectionBackup {
@@ -61,6 +62,10 @@ Outcome Backup(const QString& file, const QString& destination) {
     source->Open();
     if (source->State() != modDatabase::adStateOpen) {
         outcome.message = source->LastError();
+        return outcome;
+    }
+    outcome.message = CollectionCheck::Damage(*source, file);
+    if (!outcome.message.isEmpty()) {
         return outcome;
     }
     // The copy is made beside its destination under a name of its own and renamed when it

@@ -113,6 +113,23 @@ bool Report::Clean() const {
            });
 }
 
+QString Damage(DbConnection& connection, const QString& name) {
+    if (connection.Kind() != modDatabase::FileDatabase) {
+        return QString();
+    }
+    QStringList found;
+    try {
+        found = Integrity(connection);
+    } catch (const AppError& error) {
+        found = QStringList{error.Description()};
+    }
+    if (found == QStringList{QStringLiteral("ok")}) {
+        return QString();
+    }
+    return QStringLiteral("Zbirka %1 je poškodovana; preverjanje celovitosti je našlo: %2")
+        .arg(name, found.mid(0, 3).join(QStringLiteral("; ")));
+}
+
 Report Check(DbConnection& connection) {
     return ErrorPath::PassOn("CollectionCheck:Check", [&] {
         Report report;

@@ -35,6 +35,10 @@ struct Report {
 
 Report Check(modDatabase::DbConnection& connection);
 
+// A database file's own check of its structure, before it is copied: empty when the file is
+// whole (a server database is), otherwise why it is not, for the user.
+QString Damage(modDatabase::DbConnection& connection, const QString& name);
+
 // Deletes, in one transaction, the rows that nothing reaches: sections no recipe uses with
 // their ingredient lines, links of recipes to sections that point to a missing row, ingredient
 // lines whose section, ingredient or unit is missing. Renumbers nothing. Returns what was

@@ -7,6 +7,7 @@
 #include <QSqlQuery>
 
 #include "collection/AccessSource.h"
+#include "collection/CollectionCheck.h"
 #include "collection/CopySource.h"
 #include "collection/CopyTables.h"
 #include "collection/Statements.h"
@@ -95,11 +96,16 @@ TableSummary CopyTable(CopySource::Source& source, DbConnection& target, const Q
 class DatabaseSource : public CopySource::Source {
 public:
     explicit DatabaseSource(const DatabaseAddress::Address& address)
-        : m_connection(DatabaseAddress::Connection(address)) {}
+        : m_connection(DatabaseAddress::Connection(address)),
+          m_name(DatabaseAddress::Describe(address)) {}
 
+    // A damaged file is never copied: what it still answers need not be all it held.
     QString Open() override {
         m_connection->Open();
-        return m_connection->LastError();
+        if (m_connection->State() != modDatabase::adStateOpen) {
+            return m_connection->LastError();
+        }
+        return CollectionCheck::Damage(*m_connection, m_name);
     }
     void Begin() override {
         Statements::Run(
@@ -115,6 +121,7 @@ public:
 
 private:
     std::shared_ptr<DbConnection> m_connection;
+    QString m_name;
 };
 
 std::vector<TableSummary> CopyAll(CopySource::Source& source, DbConnection& target,
