@@ -1,5 +1,6 @@
 #include "display/PageBuilder.h"
 
+#include <QScopeGuard>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextList>
@@ -64,6 +65,12 @@ void Builder::Element(const GumboNode* node, const Style& parent) {
     if (kind == Kind::Hidden) {
         return;
     }
+    if (m_depth >= MostDepth) {
+        FlatText(node, parent);
+        return;
+    }
+    ++m_depth;
+    const auto closed = qScopeGuard([this] { --m_depth; });
     Box box;
     const Style style = ElementStyle(node, parent, box);
     switch (kind) {
@@ -106,6 +113,26 @@ void Builder::Element(const GumboNode* node, const Style& parent) {
     }
 }
 
+void Builder::FlatText(const GumboNode* node, const Style& style) {
+    // Walked with a stack of its own: the nesting may be as deep as the page is long.
+    std::vector<std::pair<const GumboNode*, unsigned>> open{{node, 0}};
+    while (!open.empty()) {
+        auto& [element, next] = open.back();
+        const GumboVector& children = element->v.element.children;
+        if (next == children.length) {
+            open.pop_back();
+            continue;
+        }
+        const auto* child = static_cast<const GumboNode*>(children.data[next++]);
+        if (child->type == GUMBO_NODE_ELEMENT && KindOf(child->v.element.tag) != Kind::Hidden) {
+            open.emplace_back(child, 0);
+        } else if (child->type == GUMBO_NODE_TEXT || child->type == GUMBO_NODE_WHITESPACE ||
+                   child->type == GUMBO_NODE_CDATA) {
+            Text(QString::fromUtf8(child->v.text.text), style);
+        }
+    }
+}
+
 void Builder::Text(const QString& raw, const Style& style) {
     if (style.preformatted) {
         QString text = raw;
@@ -123,8 +150,16 @@ void Builder::Text(const QString& raw, const Style& style) {
         }
         if (m_pendingSpace && !(m_atLineStart && out.isEmpty())) {
             out += QLatin1Char(' ');
+            m_wordLength = 0;
         }
         m_pendingSpace = false;
+        // A word too long for any line may break after every MostWordLength characters, as a
+        // browser breaks it when it overflows; Qt's line breaking would otherwise try the whole
+        // word again for every line (a million characters took 75 s).
+        if (++m_wordLength > MostWordLength) {
+            out += QChar(0x200B);  // zero width space
+            m_wordLength = 1;
+        }
         out += c;
     }
     if (!out.isEmpty()) {
@@ -180,6 +215,7 @@ void Builder::EnsureBlock(const Style& style) {
 }
 
 void Builder::EndBlock() {
+    m_wordLength = 0;
     if (!m_needBlock && m_pendingBreaks > 1) {
         m_cursor.insertText(QString(m_pendingBreaks - 1, QChar::LineSeparator));
     }

@@ -18,6 +18,12 @@ class QTextList;
 
 namespace PageDocument::detail {
 
+// Browsers' parsers keep a page's elements at most 512 deep (Blink and WebKit attach anything
+// deeper to the element at that depth): beyond it only the text stays.
+constexpr int MostDepth = 512;
+// Longer words get a break opportunity after every this many characters.
+constexpr int MostWordLength = 100;
+
 // Lays the parsed tree out in the document, keeping the position of a browser's line boxes:
 // inline content flows into the block of the nearest block-level element, whitespace collapses,
 // and a line break that ends a block adds no empty line.
@@ -31,6 +37,9 @@ private:
     Style ElementStyle(const GumboNode* node, const Style& parent, Box& box) const;
     void Children(const GumboNode* node, const Style& style);
     void Element(const GumboNode* node, const Style& parent);
+    // The text of an element nested deeper than the page keeps structure for, in the style of
+    // the deepest element that keeps it.
+    void FlatText(const GumboNode* node, const Style& style);
     void Text(const QString& raw, const Style& style);
     void Write(const QString& text, const Style& style);
 
@@ -51,6 +60,8 @@ private:
                      int& columns);
 
     void Table(const GumboNode* node, const Style& style, const Box& box);
+    // A table beyond the bounds of nesting and number: each cell a block of its own.
+    void CellBlocks(const GumboNode* node, const Style& style);
 
     // A table that IsRowList accepts, as rows of text with the second cell at a right tab.
     void RowList(const GumboNode* node, const Style& style, const Box& box,
@@ -75,6 +86,10 @@ private:
     int m_pendingBreaks = 0;
     qreal m_pendingTop = 0;
     int m_blocksStarted = 0;
+    int m_wordLength = 0;  // characters since the last space
+    int m_depth = 0;       // elements open
+    int m_tableDepth = 0;  // tables open
+    int m_tables = 0;      // tables laid out as tables so far
 };
 
 }  // namespace PageDocument::detail

@@ -32,9 +32,10 @@ QString RawText(const GumboNode* element) {
     return text;
 }
 
-// The style blocks of the whole page, in order, and its title (the first title element).
-void CollectHead(const GumboNode* node, detail::StyleSheet& sheet, QString& title) {
-    if (node->type != GUMBO_NODE_ELEMENT) {
+// The style blocks of the whole page, in order, and its title (the first title element), down
+// to the depth to which the page keeps its elements.
+void CollectHead(const GumboNode* node, detail::StyleSheet& sheet, QString& title, int depth = 0) {
+    if (node->type != GUMBO_NODE_ELEMENT || depth > detail::MostDepth) {
         return;
     }
     const GumboTag tag = node->v.element.tag;
@@ -50,7 +51,7 @@ void CollectHead(const GumboNode* node, detail::StyleSheet& sheet, QString& titl
     }
     const GumboVector& children = node->v.element.children;
     for (unsigned i = 0; i < children.length; ++i) {
-        CollectHead(static_cast<const GumboNode*>(children.data[i]), sheet, title);
+        CollectHead(static_cast<const GumboNode*>(children.data[i]), sheet, title, depth + 1);
     }
 }
 
