@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 namespace {
 
@@ -21,10 +22,17 @@ bool SameValue(const RegistryFile::Value& a, const RegistryFile::Value& b) {
 
 QString ValueLineText(const RegistryFile::Value& value);
 
+// A key's path without a root: a file of one root holds only that root's keys, and Regedit's
+// export names the root in front ("HKEY_LOCAL_MACHINE\\Software\\...").
 QString NormalizedKeyPath(QString path) {
     path.replace(QStringLiteral("\\\\"), QStringLiteral("\\"));
     while (path.endsWith(QLatin1Char('\\'))) {
         path.chop(1);
+    }
+    for (const char* root : {"HKEY_LOCAL_MACHINE\\", "HKEY_CURRENT_USER\\"}) {
+        if (path.startsWith(QLatin1String(root), Qt::CaseInsensitive)) {
+            return path.mid(qsizetype(strlen(root)));
+        }
     }
     return path;
 }
@@ -153,20 +161,46 @@ bool WriteAll(int fd, const QByteArray& bytes) {
 }  // namespace
 
 RegistryFile RegistryFile::Load(const QString& fileName) {
-    QFile file(fileName);
-    if (!file.exists()) {
-        return {};
+    RegistryFile unreadable;
+    unreadable.m_readable = false;
+    // Opened without waiting (a FIFO would block for ever), then read only when it is a plain
+    // file of a sensible size: a device, a folder or a huge file reads as an unreadable store.
+    const int fd = ::open(QFile::encodeName(fileName).constData(),
+                          O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) {
+        return errno == ENOENT ? RegistryFile() : unreadable;
     }
-    if (!file.open(QIODevice::ReadOnly)) {
-        RegistryFile unreadable;
-        unreadable.m_readable = false;
+    struct stat info {};
+    QByteArray content;
+    bool whole = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size <= MostBytes;
+    if (whole) {
+        content.resize(qsizetype(info.st_size) + 1);
+        qsizetype done = 0;
+        while (done < content.size()) {
+            const ssize_t n = ::read(fd, content.data() + done, size_t(content.size() - done));
+            if (n < 0 && errno == EINTR) {
+                continue;
+            }
+            if (n <= 0) {
+                whole = n == 0;
+                break;
+            }
+            done += n;
+        }
+        content.truncate(done);
+        whole = whole && done <= MostBytes;
+    }
+    ::close(fd);
+    if (!whole) {
         return unreadable;
     }
-    const QByteArray content = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        RegistryFile unreadable;
-        unreadable.m_readable = false;
-        return unreadable;
+    // Regedit's own export: UTF-16LE after a byte-order mark.
+    if (content.startsWith("\xff\xfe")) {
+        const QString text = QString::fromUtf16(
+            reinterpret_cast<const char16_t*>(content.constData() + 2), (content.size() - 2) / 2);
+        RegistryFile store = Parse(EncodeText(text));
+        store.m_utf16 = true;
+        return store;
     }
     return Parse(content);
 }
@@ -211,6 +245,11 @@ QByteArray RegistryFile::Serialize() const {
     QByteArray content;
     for (const Line& line : m_lines) {
         content += line.bytes;
+    }
+    if (m_utf16) {
+        const QString text = DecodeBytes(content);
+        return QByteArray("\xff\xfe", 2) +
+               QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
     }
     return content;
 }

@@ -33,8 +33,13 @@ public:
         quint32 number = 0;
     };
 
-    // Reads a file. A missing file is an empty store. A file that exists but cannot be read
-    // gives a store that is not Readable(): it never replaces the file.
+    // The largest file that is read.
+    static constexpr qint64 MostBytes = 1 << 20;
+
+    // Reads a file: UTF-8 (or another code page, see above), or UTF-16LE after a byte-order
+    // mark as Regedit exports it (written back so). A missing file is an empty store. A file
+    // that exists but cannot be read (no right, not a plain file, over MostBytes) gives a store
+    // that is not Readable(): it never replaces the file.
     static RegistryFile Load(const QString& fileName);
     bool Readable() const { return m_readable; }
     // Replaces the file atomically by a new one beside it (owner-only rights, created
@@ -69,4 +74,5 @@ private:
 
     QList<Line> m_lines;
     bool m_readable = true;
+    bool m_utf16 = false;
 };

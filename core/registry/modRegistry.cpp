@@ -1,5 +1,8 @@
 #include "core/registry/modRegistry.h"
 
+#include <sys/stat.h>
+
+#include <QFile>
 #include <QStandardPaths>
 
 #include "core/AppError.h"
@@ -7,6 +10,38 @@
 
 namespace modRegistry {
 namespace {
+
+bool SameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec &&
+           a.st_ctim.tv_sec == b.st_ctim.tv_sec && a.st_ctim.tv_nsec == b.st_ctim.tv_nsec;
+}
+
+// The store of a root as last read: the file is read again only when it changed (or another
+// file took its name), not once for every value.
+const RegistryFile& Current(bool machineWide) {
+    struct Cache {
+        bool loaded = false;
+        QString fileName;
+        bool exists = false;
+        struct stat info {};
+        RegistryFile store;
+    };
+    static Cache caches[2];
+    Cache& cache = caches[machineWide ? 1 : 0];
+    const QString fileName = StoreFile(machineWide);
+    struct stat info {};
+    const bool exists = ::stat(QFile::encodeName(fileName).constData(), &info) == 0;
+    if (!cache.loaded || cache.fileName != fileName || cache.exists != exists ||
+        (exists && !SameFile(cache.info, info))) {
+        cache.store = RegistryFile::Load(fileName);
+        cache.loaded = true;
+        cache.fileName = fileName;
+        cache.exists = exists;
+        cache.info = info;
+    }
+    return cache.store;
+}
 
 // Writes one value: only its line changes. A file that cannot be read is never replaced, and a
 // value already stored as given is not written again; either way the write is lost silently,
@@ -38,14 +73,13 @@ QString StoreFile(bool machineWide) {
 }
 
 bool RegistryValueExists(const QString& keyName, const QString& valueName, bool machineWide) {
-    return RegistryFile::Load(StoreFile(machineWide)).FindValue(keyName, valueName) != nullptr;
+    return Current(machineWide).FindValue(keyName, valueName) != nullptr;
 }
 
 QString GetRegistryString(const QString& keyName, const QString& valueName,
                           const QString& defaultValue, bool machineWide) {
     return ErrorPath::PassOn("modRegistry:GetRegistryString", [&] {
-        const RegistryFile store = RegistryFile::Load(StoreFile(machineWide));
-        const RegistryFile::Value* value = store.FindValue(keyName, valueName);
+        const RegistryFile::Value* value = Current(machineWide).FindValue(keyName, valueName);
         if (!value || value->type != RegistryFile::RegSz) {
             return defaultValue;
         }
@@ -67,8 +101,7 @@ void SetRegistryString(const QString& keyName, const QString& valueName, QString
 qint32 GetRegistryLong(const QString& keyName, const QString& valueName, qint32 defaultValue,
                        bool machineWide) {
     return ErrorPath::PassOn("modRegistry:GetRegistryLong", [&] {
-        const RegistryFile store = RegistryFile::Load(StoreFile(machineWide));
-        const RegistryFile::Value* value = store.FindValue(keyName, valueName);
+        const RegistryFile::Value* value = Current(machineWide).FindValue(keyName, valueName);
         if (!value || value->type != RegistryFile::RegDword) {
             return defaultValue;
         }
