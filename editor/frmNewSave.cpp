@@ -1,6 +1,7 @@
 // Saving the recipe held by the editor: the recipe row is inserted or updated, every old section
-// of the recipe is deleted, and every section in the editor is inserted afresh. There is no
-// transaction: a failure half-way leaves the rows written so far, and the editor stays open.
+// of the recipe is deleted, and every section in the editor is inserted afresh. All of it is one
+// transaction with the recipe's row locked: a save is whole or absent (a failure half-way
+// writes nothing and the editor stays open), and two saves of one recipe follow one another.
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -65,6 +66,12 @@ void frmNew::cmdOK_Click() {
         }
         if (QTreeWidgetItem* selected = SelectedSection()) {
             StoreSection(SectionIndex(selected));
+        }
+
+        modDatabase::Transaction transaction;
+        if (lngRecipeID > -1) {
+            transaction.LockRow(QStringLiteral("[Recipe]"), QStringLiteral("recipeID"),
+                                lngRecipeID);
         }
 
         // The recipe row
@@ -132,8 +139,10 @@ void frmNew::cmdOK_Click() {
             lines.Close();
         }
 
-        modGeneral::lngLastID = recipe.Long(QStringLiteral("recipeID"));
+        const qint32 saved = recipe.Long(QStringLiteral("recipeID"));
         recipe.Close();
+        transaction.Commit();
+        modGeneral::lngLastID = saved;
         UnloadFromCode(QDialog::Accepted);
     });
 }

@@ -1,6 +1,7 @@
 // The recipe editor saving a recipe: the rows written for one and for several sections, new
 // section rows on every save, the order of reordered sections, reused sections as independent
-// copies, failures half-way, and the round trip from the editor to the recipe page.
+// copies, failures half-way (nothing written), and the round trip from the editor to the recipe
+// page.
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
@@ -362,8 +363,10 @@ private Q_SLOTS:
         QCOMPARE(modGeneral::lngLastID, -12345);
     }
 
-    void failureHalfWayLeavesTheRowsWritten_data() { TestDatabase::AddKinds(); }
-    void failureHalfWayLeavesTheRowsWritten() {
+    // A save is one transaction: a failure half-way writes nothing, and the editor keeps its
+    // state for a second "Potrdi".
+    void failureHalfWayWritesNothing_data() { TestDatabase::AddKinds(); }
+    void failureHalfWayWritesNothing() {
         QFETCH(QString, kind);
         Open(kind);
         m_errorsExpected = true;
@@ -379,18 +382,13 @@ private Q_SLOTS:
             QCOMPARE(Said(messages),
                      (QStringList{AskSave, "48 " + ErrorPath::UnexpectedErrorMessage}));
             QCOMPARE(editor->cursor().shape(), Qt::ArrowCursor);
-            // No rollback: the recipe, its section and the link are there.
             QCOMPARE(Rows("SELECT recipeID, title FROM [Recipe] WHERE recipeID > 3;"),
-                     QStringList{"4|Kostna juha"});
-            QCOMPARE(Rows("SELECT sectionID, title, instructions FROM [Section] WHERE sectionID "
-                          "> 4;"),
-                     QStringList{"5|NULL|Kuhamo."});
-            QCOMPARE(Rows("SELECT recipeID, sectionID, place FROM [RecipeSection] WHERE "
-                          "recipeSectionID > 4;"),
-                     QStringList{"4|5|1"});
+                     QStringList());
+            QCOMPARE(Rows("SELECT sectionID FROM [Section] WHERE sectionID > 4;"), QStringList());
+            QCOMPARE(Rows("SELECT recipeSectionID FROM [RecipeSection] WHERE recipeSectionID > "
+                          "4;"),
+                     QStringList());
             QCOMPARE(modGeneral::lngLastID, -12345);
-            // The editor kept its state: a second "Potrdi" writes everything again (a new
-            // recipe row, since the recipe was new).
             RecreateSectionIngredient(kind);
             messages.Clear();
             Click(editor, "cmdOK");
@@ -402,17 +400,17 @@ private Q_SLOTS:
                  qPrintable(ErrorLog()));
         QVERIFY2(ErrorLog().contains(QStringLiteral("sectioningredient"), Qt::CaseInsensitive),
                  qPrintable(ErrorLog()));
-        QCOMPARE(modGeneral::lngLastID, 5);
+        // The server's key generator does not go back with the transaction; a file's does.
+        const qint32 key = kind == TestDatabase::Postgres ? 5 : 4;
+        QCOMPARE(modGeneral::lngLastID, key);
         QCOMPARE(Rows("SELECT recipeID, title FROM [Recipe] WHERE recipeID > 3 ORDER BY recipeID;"),
-                 (QStringList{"4|Kostna juha", "5|Kostna juha"}));
-        QCOMPARE(SectionRows(5), QStringList{"NULL|Kuhamo.|1"});
-        QCOMPARE(LineRows(5), QStringList{"1|1|1|1"});
+                 QStringList{QStringLiteral("%1|Kostna juha").arg(key)});
+        QCOMPARE(SectionRows(key), QStringList{"NULL|Kuhamo.|1"});
+        QCOMPARE(LineRows(key), QStringList{"1|1|1|1"});
     }
 
-    void failureWhileDeletingOldSectionsLeavesTheRecipeRowUpdated_data() {
-        TestDatabase::AddKinds();
-    }
-    void failureWhileDeletingOldSectionsLeavesTheRecipeRowUpdated() {
+    void failureWhileDeletingOldSectionsLeavesTheRecipeAsItWas_data() { TestDatabase::AddKinds(); }
+    void failureWhileDeletingOldSectionsLeavesTheRecipeAsItWas() {
         QFETCH(QString, kind);
         Open(kind);
         m_errorsExpected = true;
@@ -426,7 +424,8 @@ private Q_SLOTS:
         QCOMPARE(Said(messages), (QStringList{AskSave, "48 " + ErrorPath::UnexpectedErrorMessage}));
         QVERIFY2(ErrorLog().contains(QStringLiteral("frmNew:cmdOK_Click->frmMain:DeleteSection->")),
                  qPrintable(ErrorLog()));
-        QCOMPARE(Rows("SELECT title FROM [Recipe] WHERE recipeID = 3;"), QStringList{"Nova torta"});
+        QCOMPARE(Rows("SELECT title FROM [Recipe] WHERE recipeID = 3;"),
+                 QStringList{"čokoladna torta"});
         QCOMPARE(Rows("SELECT sectionID FROM [RecipeSection] WHERE recipeID = 3 ORDER BY place;"),
                  (QStringList{"2", "3"}));
         QCOMPARE(SectionRows(3), (QStringList{"Testo|Zamesimo.|1", "Krema|Stopimo ČOKOLADO.|2"}));

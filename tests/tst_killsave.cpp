@@ -10,6 +10,7 @@
 #include <QTest>
 #include <QThread>
 
+#include "collection/CollectionCheck.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
@@ -99,6 +100,16 @@ private Q_SLOTS:
             QVERIFY(check.next());
             QCOMPARE(check.value(0).toString(), QStringLiteral("ok"));
             QVERIFY(!check.next());
+        }
+
+        // A save is whole or absent: nothing that a save half-done leaves behind (a section no
+        // recipe uses, a recipe without sections, a line of a missing section).
+        const CollectionCheck::Report report = CollectionCheck::Check(*modDatabase::Connection);
+        for (const CollectionCheck::Finding& finding : report.findings) {
+            QVERIFY2(finding.keys.isEmpty() && finding.error.isEmpty(),
+                     qPrintable(finding.description +
+                                QStringLiteral(": %1 rows of ").arg(finding.keys.size()) +
+                                finding.table));
         }
 
         // Every recipe listed on a subgroup page opens in the editor with its title, and its

@@ -357,6 +357,38 @@ void Execute(const QString& sql) {
     });
 }
 
+Transaction::Transaction() {
+    ErrorPath::PassOn("modDatabase:BeginTransaction", [&] {
+        if (!Connection || Connection->State() == adStateClosed) {
+            OpenConnection();
+        }
+        Execute(Connection->Kind() == ServerDatabase ? QStringLiteral("START TRANSACTION")
+                                                     : QStringLiteral("BEGIN IMMEDIATE"));
+        m_open = true;
+    });
+}
+
+Transaction::~Transaction() {
+    if (m_open && Connection && Connection->State() == adStateOpen) {
+        QSqlQuery(Connection->Database()).exec(QStringLiteral("ROLLBACK"));
+    }
+}
+
+void Transaction::LockRow(const QString& bracketedTable, const QString& keyColumn, qint32 key) {
+    if (Connection->Kind() == ServerDatabase) {
+        Execute(QStringLiteral("SELECT %1 FROM %2 WHERE %1 = %3 FOR UPDATE;")
+                    .arg(keyColumn, bracketedTable)
+                    .arg(key));
+    }
+}
+
+void Transaction::Commit() {
+    ErrorPath::PassOn("modDatabase:CommitTransaction", [&] {
+        Execute(QStringLiteral("COMMIT"));
+        m_open = false;
+    });
+}
+
 void RaiseDriverError(const DbConnection& connection, const QSqlError& error) {
     throw AppError(error.nativeErrorCode().toLong(), connection.DriverName(),
                    DatabaseErrorText(error));

@@ -89,6 +89,22 @@ void CloseConnection();
 // Runs a statement that returns no rows on the shared connection.
 void Execute(const QString& sql);
 
+// A transaction on the shared connection: begun with the write lock of a database file (another
+// writer waits for it), rolled back when it ends without Commit (an error half-way).
+class Transaction {
+public:
+    Transaction();
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    // Locks a row of a server database until the transaction ends (a file is locked whole).
+    void LockRow(const QString& bracketedTable, const QString& keyColumn, qint32 key);
+    void Commit();
+
+private:
+    bool m_open = false;
+};
+
 // Raises a failure of the database library: its name is the source, its message the description.
 [[noreturn]] void RaiseDriverError(const DbConnection& connection, const QSqlError& error);
 
