@@ -47,6 +47,8 @@ void frmNew::Form_Load() {
             itmSection = nullptr;
             booSections = false;
         } else {
+            // The recipe as one save left it: read in one snapshot, however others save it.
+            modDatabase::Transaction reading(modDatabase::Transaction::Reading);
             LoadRecipe(lngRecipeID);
             Recordset rs = modDatabase::GetRecordset(
                 QStringLiteral("SELECT sectionID FROM [RecipeSection] WHERE recipeID = ") +
@@ -55,6 +57,7 @@ void frmNew::Form_Load() {
                 LoadSection(rs.Long(QStringLiteral("sectionID")));
             }
             rs.Close();
+            reading.Commit();
             if (UBound(arrSections) > 1) {
                 itmSection = SelectedSection();
                 DisplaySection(SectionIndex(itmSection));

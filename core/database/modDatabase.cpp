@@ -357,13 +357,20 @@ void Execute(const QString& sql) {
     });
 }
 
-Transaction::Transaction() {
+Transaction::Transaction(Purpose purpose) {
     ErrorPath::PassOn("modDatabase:BeginTransaction", [&] {
         if (!Connection || Connection->State() == adStateClosed) {
             OpenConnection();
         }
-        Execute(Connection->Kind() == ServerDatabase ? QStringLiteral("START TRANSACTION")
-                                                     : QStringLiteral("BEGIN IMMEDIATE"));
+        const bool server = Connection->Kind() == ServerDatabase;
+        if (purpose == Writing) {
+            Execute(server ? QStringLiteral("START TRANSACTION")
+                           : QStringLiteral("BEGIN IMMEDIATE"));
+        } else {
+            Execute(server ? QStringLiteral(
+                                 "START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
+                           : QStringLiteral("BEGIN"));
+        }
         m_open = true;
     });
 }

@@ -89,11 +89,13 @@ void CloseConnection();
 // Runs a statement that returns no rows on the shared connection.
 void Execute(const QString& sql);
 
-// A transaction on the shared connection: begun with the write lock of a database file (another
-// writer waits for it), rolled back when it ends without Commit (an error half-way).
+// A transaction on the shared connection, rolled back when it ends without Commit (an error
+// half-way). One for writing takes the write lock of a database file at once (another writer
+// waits for it); one for reading sees the database as it was when it began.
 class Transaction {
 public:
-    Transaction();
+    enum Purpose { Writing, Reading };
+    explicit Transaction(Purpose purpose = Writing);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
