@@ -74,8 +74,8 @@ void frmNew::FillLstIngredient() {
     ErrorPath::PassOn("frmNew:FillLstIngredient", [&] {
         lstIngredient->clear();
         Recordset rs = modDatabase::GetRecordset(
-            QStringLiteral("SELECT * FROM [Ingredient] WHERE name LIKE '%") + txtFilter->text() +
-            QStringLiteral("%' ORDER BY name;"));
+            QStringLiteral("SELECT * FROM [Ingredient] WHERE name LIKE '%%1%' ORDER BY name;"),
+            {txtFilter->text()});
         for (; !rs.Eof(); rs.MoveNext()) {
             auto* entry =
                 new QTreeWidgetItem(lstIngredient, QStringList{rs.Text(QStringLiteral("Name"))});

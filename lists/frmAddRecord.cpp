@@ -111,9 +111,10 @@ void frmAddRecord::cmdOK_Click() {
             return;
         }
         Recordset duplicates = modDatabase::GetRecordset(
-            QStringLiteral("SELECT * FROM ") + m_table + QStringLiteral("WHERE name = '") + name +
-            QStringLiteral("' AND ") + m_keyField + QStringLiteral(" <> ") +
-            QString::number(lngID) + m_extraCondition + QStringLiteral(";"));
+            QStringLiteral("SELECT * FROM ") + m_table + QStringLiteral("WHERE name = '%1' AND ") +
+                m_keyField + QStringLiteral(" <> ") + QString::number(lngID) + m_extraCondition +
+                QStringLiteral(";"),
+            {name});
         if (!duplicates.Eof()) {
             UiServices::MsgBox(QStringLiteral("Naziv že obstaja!"),
                                UiServices::vbOKOnly + UiServices::vbInformation);

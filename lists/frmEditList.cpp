@@ -132,9 +132,10 @@ void frmEditList::RefreshList() {
         setCursor(Qt::WaitCursor);
         const auto normalPointer = qScopeGuard([this] { unsetCursor(); });
         lstRecords->clear();
-        Recordset rs = modDatabase::GetRecordset(
-            QStringLiteral("SELECT * FROM ") + m_table + QStringLiteral(" WHERE name LIKE '%") +
-            txtFilter->text() + QStringLiteral("%' ORDER BY name;"));
+        Recordset rs =
+            modDatabase::GetRecordset(QStringLiteral("SELECT * FROM ") + m_table +
+                                          QStringLiteral(" WHERE name LIKE '%%1%' ORDER BY name;"),
+                                      {txtFilter->text()});
         QList<QTreeWidgetItem*> items;
         auto unlisted = qScopeGuard([&items] { qDeleteAll(items); });
         for (; !rs.Eof(); rs.MoveNext()) {

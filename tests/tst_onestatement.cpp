@@ -147,7 +147,8 @@ private Q_SLOTS:
         QCOMPARE(AllRows(), before);
     }
 
-    // The record entry dialog's duplicate check puts the name into its statement as typed.
+    // The record entry dialog's duplicate check puts the name into its statement as typed, and a
+    // name that would end its literal is refused before anything runs.
     void typedNameCannotAddAStatement_data() { TestDatabase::AddKinds(); }
     void typedNameCannotAddAStatement() {
         const QString kind = TestDatabase::CurrentKind();
@@ -175,11 +176,14 @@ private Q_SLOTS:
         QCOMPARE(
             DialogDriver::LoggedErrors(),
             QStringList{QStringLiteral("frmAddRecord:cmdOK_Click->modDatabase:GetRecordset->") +
-                        DriverOf(kind) + QStringLiteral("->") + Refused});
+                        DriverOf(kind) +
+                        QStringLiteral("->Vneseno besedilo vsebuje apostrof, ki bi končal "
+                                       "besedilo v poizvedbi; ni bilo izvedeno: x'; DELETE FROM "
+                                       "[Recipe]; --")});
         QCOMPARE(AllRows(), before);
     }
 
-    // morvena-tool search puts its values into the statement as given.
+    // morvena-tool search puts its values into the statement without their apostrophes.
     void searchValueCannotAddAStatement_data() { TestDatabase::AddKinds(); }
     void searchValueCannotAddAStatement() {
         const QString kind = TestDatabase::CurrentKind();
@@ -200,11 +204,11 @@ private Q_SLOTS:
                    {QStringLiteral("search"), QStringLiteral("--RecipeTitle"),
                     QStringLiteral("x%')) ORDER BY [title]; DELETE FROM [Recipe]; --")});
         QVERIFY(tool.waitForFinished(60000));
-        QCOMPARE(tool.exitCode(), 1);
+        // Its apostrophes removed, as the search window removes them, the value is a title
+        // that no recipe has.
+        QCOMPARE(tool.exitCode(), 0);
         QCOMPARE(QString::fromUtf8(tool.readAllStandardOutput()), QString());
-        QCOMPARE(QString::fromUtf8(tool.readAllStandardError()),
-                 QStringLiteral("modDatabase:GetRecordset->") + DriverOf(kind) +
-                     QStringLiteral("->") + Refused + QLatin1Char('\n'));
+        QCOMPARE(QString::fromUtf8(tool.readAllStandardError()), QString());
         QCOMPARE(AllRows(), before);
     }
 };

@@ -4,6 +4,7 @@
 
 #include "core/database/Recordset.h"
 #include "core/database/modDatabase.h"
+#include "core/modGeneral.h"
 #include "search/SearchQuery.h"
 #include "tools/ToolCommands.h"
 #include "tools/ToolSupport.h"
@@ -61,7 +62,8 @@ bool TakeSort(const QString& value, Request& request, QTextStream& err) {
 bool TakeValue(const QString& option, const QString& value, Request& request, QTextStream& err) {
     const int criterion = Criterion(option);
     if (criterion >= 0) {
-        request.criteria.values[criterion] << value;
+        // As in the search window: a value never holds an apostrophe.
+        request.criteria.values[criterion] << modGeneral::RemoveQuotes(value);
         return true;
     }
     if (option == QLatin1String("--any")) {

@@ -194,6 +194,14 @@ void DbConnection::OpenServer(Expect expect) {
         Fail(CannotRead(database, DatabaseErrorText(db.lastError())));
         return;
     }
+    // A backslash in a literal is a plain character, whatever the server was told before.
+    QSqlQuery conforming(db);
+    if (!conforming.exec(QStringLiteral("SET standard_conforming_strings = on")) ||
+        !conforming.exec(QStringLiteral("SHOW standard_conforming_strings")) ||
+        !conforming.next() || conforming.value(0).toString() != QLatin1String("on")) {
+        Fail(CannotRead(database, QStringLiteral("standard_conforming_strings ni vključen.")));
+        return;
+    }
     Fail(Problem(expect, database));
 }
 
@@ -323,6 +331,35 @@ Recordset GetRecordset(const QString& sql) {
             OpenConnection();
         }
         return GetRecordsetFor(Connection, sql);
+    });
+}
+
+Recordset GetRecordset(const QString& sql, const QStringList& typed) {
+    return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
+        if (!Connection || Connection->State() == adStateClosed) {
+            OpenConnection();
+        }
+        QString text = sql;
+        for (const QString& value : typed) {
+            if (value.contains(QLatin1Char('\''))) {
+                throw AppError(0, Connection->DriverName(),
+                               QStringLiteral("Vneseno besedilo vsebuje apostrof, ki bi končal "
+                                              "besedilo v poizvedbi; ni bilo izvedeno: %1")
+                                   .arg(value));
+            }
+        }
+        // One pass over the statement: a typed "%2" is text, never a place.
+        switch (typed.size()) {
+            case 0:
+                break;
+            case 1:
+                text = sql.arg(typed[0]);
+                break;
+            default:
+                text = sql.arg(typed[0], typed[1]);
+                break;
+        }
+        return GetRecordsetFor(Connection, text);
     });
 }
 
