@@ -10,21 +10,13 @@
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "tests/support/TestDatabase.h"
+#include "tests/support/ToolRun.h"
 
 using TestDatabase::Rows;
 
 namespace {
 
 constexpr int Saves = 300;
-
-QString LoopDatabase(const QString& kind) {
-    using namespace modGeneral;
-    if (kind == TestDatabase::Sqlite) {
-        return DatabaseName;
-    }
-    return QStringLiteral("postgresql://%1:%2@%3/%4")
-        .arg(Username, Password, ServerName, DatabaseName);
-}
 
 }  // namespace
 
@@ -43,7 +35,7 @@ private Q_SLOTS:
         const QString kind = TestDatabase::CurrentKind();
         TestDatabase::OpenFresh(kind);
         TestDatabase::LoadSmallCollection();
-        const QString database = LoopDatabase(kind);
+        const QString database = ToolRun::LoopDatabase();
         modDatabase::Connection.reset();
 
         const QString folder = TestDatabase::WorkFolder() + QStringLiteral("/two-") + kind;
@@ -51,14 +43,9 @@ private Q_SLOTS:
         QProcess loops[2];
         const QStringList versions{"A", "BB"};
         for (int i = 0; i < 2; ++i) {
-            loops[i].setWorkingDirectory(folder);
-            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-            environment.insert(QStringLiteral("MORVENA_CONFIG_DIR"), folder);
-            environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-            loops[i].setProcessEnvironment(environment);
-            loops[i].start(qEnvironmentVariable("MORVENA_SAVELOOP"),
-                           {database, "--saves", QString::number(Saves), "--recipe", "1",
-                            "--version", versions[i]});
+            ToolRun::StartSaveLoop(loops[i], folder,
+                                   {database, "--saves", QString::number(Saves), "--recipe", "1",
+                                    "--version", versions[i]});
         }
         for (QProcess& loop : loops) {
             QVERIFY(loop.waitForFinished(300000));

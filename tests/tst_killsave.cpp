@@ -18,22 +18,13 @@
 #include "tests/support/EditorDriver.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"
+#include "tests/support/ToolRun.h"
 
 using TestDatabase::Rows;
 
 namespace {
 
 constexpr int Kills = 22;
-
-// The database as the save loop names it on its command line.
-QString LoopDatabase(const QString& kind) {
-    using namespace modGeneral;
-    if (kind == TestDatabase::Sqlite) {
-        return DatabaseName;
-    }
-    return QStringLiteral("postgresql://%1:%2@%3/%4")
-        .arg(Username, Password, ServerName, DatabaseName);
-}
 
 }  // namespace
 
@@ -52,7 +43,7 @@ private Q_SLOTS:
         const QString kind = TestDatabase::CurrentKind();
         TestDatabase::OpenFresh(kind);
         TestDatabase::LoadSmallCollection();
-        const QString database = LoopDatabase(kind);
+        const QString database = ToolRun::LoopDatabase();
         modDatabase::Connection.reset();
 
         const quint32 start = QRandomGenerator::global()->generate();
@@ -63,12 +54,7 @@ private Q_SLOTS:
         int saves = 0;
         for (int kill = 1; kill <= Kills; ++kill) {
             QProcess loop;
-            loop.setWorkingDirectory(folder);
-            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-            environment.insert(QStringLiteral("MORVENA_CONFIG_DIR"), folder);
-            environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-            loop.setProcessEnvironment(environment);
-            loop.start(qEnvironmentVariable("MORVENA_SAVELOOP"), {database});
+            ToolRun::StartSaveLoop(loop, folder, {database});
             QVERIFY2(loop.waitForStarted(10000), qPrintable(loop.errorString()));
             // Running its loop: at least one save done; then killed at a random moment.
             QByteArray output;

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QProcess>
 
+#include "core/modGeneral.h"
 #include "tests/support/TestDatabase.h"
 
 namespace ToolRun {
@@ -17,6 +18,24 @@ Result Tool(const QStringList& arguments) {
     return {process.exitStatus() == QProcess::CrashExit ? -1 : process.exitCode(),
             QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+}
+
+QString LoopDatabase() {
+    using namespace modGeneral;
+    if (DatabaseType != 2) {
+        return DatabaseName;
+    }
+    return QStringLiteral("postgresql://%1:%2@%3/%4")
+        .arg(Username, Password, ServerName, DatabaseName);
+}
+
+void StartSaveLoop(QProcess& loop, const QString& folder, const QStringList& arguments) {
+    loop.setWorkingDirectory(folder);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("MORVENA_CONFIG_DIR"), folder);
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    loop.setProcessEnvironment(environment);
+    loop.start(qEnvironmentVariable("MORVENA_SAVELOOP"), arguments);
 }
 
 QString Work(const QString& name) { return TestDatabase::WorkFolder() + QLatin1Char('/') + name; }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+class QProcess;
+
 // Running morvena-tool (the path in MORVENA_TOOL) as a user would, and the files it leaves in
 // the tests' private folder.
 namespace ToolRun {
@@ -20,5 +22,11 @@ Result Tool(const QStringList& arguments);
 QString Work(const QString& name);
 // A file's bytes (empty when it cannot be read).
 QByteArray FileBytes(const QString& path);
+
+// The program-wide database settings as morvena-saveloop names a database on its command line.
+QString LoopDatabase();
+// Starts morvena-saveloop (the path in MORVENA_SAVELOOP) in `folder`, which also holds its
+// settings and error log, offscreen.
+void StartSaveLoop(QProcess& loop, const QString& folder, const QStringList& arguments);
 
 }  // namespace ToolRun
