@@ -75,7 +75,7 @@ void frmNew::FillLstIngredient() {
         lstIngredient->clear();
         Recordset rs = modDatabase::GetRecordset(
             QStringLiteral("SELECT * FROM [Ingredient] WHERE name LIKE '%%1%' ORDER BY name;"),
-            {txtFilter->text()});
+            txtFilter->text());
         for (; !rs.Eof(); rs.MoveNext()) {
             auto* entry =
                 new QTreeWidgetItem(lstIngredient, QStringList{rs.Text(QStringLiteral("Name"))});

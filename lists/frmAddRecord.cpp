@@ -114,7 +114,7 @@ void frmAddRecord::cmdOK_Click() {
             QStringLiteral("SELECT * FROM ") + m_table + QStringLiteral("WHERE name = '%1' AND ") +
                 m_keyField + QStringLiteral(" <> ") + QString::number(lngID) + m_extraCondition +
                 QStringLiteral(";"),
-            {name});
+            name);
         if (!duplicates.Eof()) {
             UiServices::MsgBox(QStringLiteral("Naziv že obstaja!"),
                                UiServices::vbOKOnly + UiServices::vbInformation);

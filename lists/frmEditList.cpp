@@ -135,7 +135,7 @@ void frmEditList::RefreshList() {
         Recordset rs =
             modDatabase::GetRecordset(QStringLiteral("SELECT * FROM ") + m_table +
                                           QStringLiteral(" WHERE name LIKE '%%1%' ORDER BY name;"),
-                                      {txtFilter->text()});
+                                      txtFilter->text());
         QList<QTreeWidgetItem*> items;
         auto unlisted = qScopeGuard([&items] { qDeleteAll(items); });
         for (; !rs.Eof(); rs.MoveNext()) {

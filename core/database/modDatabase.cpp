@@ -325,41 +325,35 @@ void OpenConnection() {
     }
 }
 
+namespace {
+
+// The shared connection, opened first with the current settings when it is closed.
+DbConnection& Opened() {
+    if (!Connection || Connection->State() == adStateClosed) {
+        OpenConnection();
+    }
+    return *Connection;
+}
+
+}  // namespace
+
 Recordset GetRecordset(const QString& sql) {
     return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
-        if (!Connection || Connection->State() == adStateClosed) {
-            OpenConnection();
-        }
+        Opened();
         return GetRecordsetFor(Connection, sql);
     });
 }
 
-Recordset GetRecordset(const QString& sql, const QStringList& typed) {
+Recordset GetRecordset(const QString& sql, const QString& typed) {
     return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
-        if (!Connection || Connection->State() == adStateClosed) {
-            OpenConnection();
+        if (typed.contains(QLatin1Char('\''))) {
+            throw AppError(0, Opened().DriverName(),
+                           QStringLiteral("Vneseno besedilo vsebuje apostrof, ki bi končal "
+                                          "besedilo v poizvedbi; ni bilo izvedeno: %1")
+                               .arg(typed));
         }
-        QString text = sql;
-        for (const QString& value : typed) {
-            if (value.contains(QLatin1Char('\''))) {
-                throw AppError(0, Connection->DriverName(),
-                               QStringLiteral("Vneseno besedilo vsebuje apostrof, ki bi končal "
-                                              "besedilo v poizvedbi; ni bilo izvedeno: %1")
-                                   .arg(value));
-            }
-        }
-        // One pass over the statement: a typed "%2" is text, never a place.
-        switch (typed.size()) {
-            case 0:
-                break;
-            case 1:
-                text = sql.arg(typed[0]);
-                break;
-            default:
-                text = sql.arg(typed[0], typed[1]);
-                break;
-        }
-        return GetRecordsetFor(Connection, text);
+        Opened();
+        return GetRecordsetFor(Connection, sql.arg(typed));
     });
 }
 
@@ -384,22 +378,17 @@ void CloseConnection() {
 
 void Execute(const QString& sql) {
     ErrorPath::PassOn("modDatabase:Execute", [&] {
-        if (!Connection || Connection->State() == adStateClosed) {
-            OpenConnection();
-        }
-        QSqlQuery query(Connection->Database());
-        if (!query.exec(Connection->Translate(sql))) {
-            RaiseDriverError(*Connection, query.lastError());
+        DbConnection& connection = Opened();
+        QSqlQuery query(connection.Database());
+        if (!query.exec(connection.Translate(sql))) {
+            RaiseDriverError(connection, query.lastError());
         }
     });
 }
 
 Transaction::Transaction(Purpose purpose) {
     ErrorPath::PassOn("modDatabase:BeginTransaction", [&] {
-        if (!Connection || Connection->State() == adStateClosed) {
-            OpenConnection();
-        }
-        const bool server = Connection->Kind() == ServerDatabase;
+        const bool server = Opened().Kind() == ServerDatabase;
         if (purpose == Writing) {
             Execute(server ? QStringLiteral("START TRANSACTION")
                            : QStringLiteral("BEGIN IMMEDIATE"));

@@ -82,12 +82,12 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
 void OpenConnection();
 // Runs a SELECT into a result set; opens the shared connection first when it is closed.
 Recordset GetRecordset(const QString& sql);
-// The same for a statement that holds text the user typed between the quotes of its literals:
-// `sql` marks their places with %1, %2 ... and `typed` gives the texts, which go in as they
-// stand. A text holding the quote, which would end its literal, is refused with an error of the
+// The same for a statement that holds text the user typed between the quotes of a literal:
+// `sql` marks its place with %1, and `typed` goes in as it stands (in one pass: a typed "%1" is
+// text). A text holding the quote, which would end its literal, is refused with an error of the
 // database library (its name as source) and never reaches the database. The server reads a
 // backslash in a literal as a plain character (standard_conforming_strings, set at connect).
-Recordset GetRecordset(const QString& sql, const QStringList& typed);
+Recordset GetRecordset(const QString& sql, const QString& typed);
 // Deletes every row from the current one to the end.
 void DeleteRecordset(Recordset& rs);
 // Closes and releases the shared connection.
