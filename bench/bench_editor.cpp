@@ -17,9 +17,6 @@
 #include <QFileInfo>
 #include <QMap>
 #include <QPushButton>
-#include <QSqlDatabase>
-#include <QSqlDriver>
-#include <QSqlQuery>
 #include <QThread>
 #include <QTimer>
 #include <algorithm>
@@ -30,6 +27,7 @@
 #include "bench/support/Workspace.h"
 #include "core/AppError.h"
 #include "core/database/Recordset.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "core/ui/UiServices.h"
@@ -70,32 +68,33 @@ double Percentile(std::vector<double> values, double p) {
 // ---- the database ------------------------------------------------------------------------------
 
 QString PragmaValue(const QString& name) {
-    QSqlQuery query(modDatabase::Connection->Database());
-    if (!query.exec(QStringLiteral("PRAGMA ") + name) || !query.next()) {
+    SqlStatement query(*modDatabase::Connection);
+    if (!query.Exec(QStringLiteral("PRAGMA ") + name) || !query.Next()) {
         return QStringLiteral("?");
     }
-    return query.value(0).toString();
+    return query.Value(0).toString();
 }
 
 void SetPragma(const QString& assignment) {
-    QSqlQuery(modDatabase::Connection->Database()).exec(QStringLiteral("PRAGMA ") + assignment);
+    SqlStatement(*modDatabase::Connection).Exec(QStringLiteral("PRAGMA ") + assignment);
 }
 
 // Adds a row to the table and returns its key; an error raises as the program's statements do.
 qint32 AddRow(const QString& table, const QVariantMap& fields) {
     const QStringList columns = fields.keys();
-    QSqlQuery query(modDatabase::Connection->Database());
-    query.prepare(
-        QStringLiteral("INSERT INTO \"%1\" (%2) VALUES (%3) RETURNING *")
-            .arg(table, columns.join(QStringLiteral(", ")),
-                 QStringList(columns.size(), QStringLiteral("?")).join(QStringLiteral(", "))));
-    for (const QVariant& value : fields) {
-        query.addBindValue(value);
+    QStringList markers;
+    for (int i = 1; i <= columns.size(); ++i) {
+        markers << QStringLiteral("$%1").arg(i);
     }
-    if (!query.exec() || !query.next()) {
-        modDatabase::RaiseDriverError(*modDatabase::Connection, query.lastError());
+    SqlStatement query(*modDatabase::Connection);
+    if (!query.Exec(
+            QStringLiteral("INSERT INTO \"%1\" (%2) VALUES (%3) RETURNING *")
+                .arg(table, columns.join(QStringLiteral(", ")), markers.join(QStringLiteral(", "))),
+            fields.values()) ||
+        !query.Next()) {
+        modDatabase::RaiseDriverError(*modDatabase::Connection, query.Failure());
     }
-    return query.value(0).toInt();
+    return query.Value(0).toInt();
 }
 
 qint32 FirstKey(const QString& sql) {
@@ -106,8 +105,8 @@ qint32 FirstKey(const QString& sql) {
 }
 
 int CountRows(const QString& sql) {
-    QSqlQuery query(modDatabase::Connection->Database());
-    return query.exec(sql) && query.next() ? query.value(0).toInt() : -1;
+    SqlStatement query(*modDatabase::Connection);
+    return query.Exec(sql) && query.Next() ? query.Value(0).toInt() : -1;
 }
 
 // The recipe to save: 3 titled sections of 10 ingredient lines each, with instructions.
@@ -191,11 +190,10 @@ int CommitHook(void*) {
 }
 
 bool TraceStatements() {
-    const QVariant handle = modDatabase::Connection->Database().driver()->handle();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
+    sqlite3* db = modDatabase::Connection->SqliteHandle();
+    if (!db) {
         return false;
     }
-    sqlite3* db = *static_cast<sqlite3* const*>(handle.constData());
     sqlite3_commit_hook(db, CommitHook, nullptr);
     return sqlite3_trace_v2(db, SQLITE_TRACE_PROFILE, ProfileCallback, nullptr) == SQLITE_OK;
 }

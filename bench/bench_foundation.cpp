@@ -9,9 +9,6 @@
 #include <sqlite3.h>
 
 #include <QCoreApplication>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QThread>
 #include <algorithm>
 #include <random>
@@ -22,6 +19,7 @@
 #include "bench/support/SqliteFloor.h"
 #include "bench/support/Workspace.h"
 #include "core/database/Recordset.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
@@ -364,12 +362,12 @@ void MeasureDisplay(const QString& label, int recipes, const Options& options) {
 // autovacuum in the middle of the measurements.
 void Vacuum(const QString& where) {
     const auto start = Clock::now();
-    QSqlQuery vacuum(modDatabase::Connection->Database());
-    if (vacuum.exec(QStringLiteral("VACUUM ANALYZE"))) {
+    SqlStatement vacuum(*modDatabase::Connection);
+    if (vacuum.Exec(QStringLiteral("VACUUM ANALYZE"))) {
         Print(where + QStringLiteral("  VACUUM ANALYZE took %1 s")
                           .arg(Fixed(MillisecondsSince(start) / 1000.0)));
     } else {
-        Print(where + QStringLiteral("  VACUUM ANALYZE failed: %1").arg(vacuum.lastError().text()));
+        Print(where + QStringLiteral("  VACUUM ANALYZE failed: %1").arg(vacuum.Failure().text));
     }
 }
 
@@ -392,10 +390,6 @@ bool OpenOnServer(const QString& server, int recipes) {
 void RunPostgres(const Options& options) {
     if (options.pgServer.isEmpty()) {
         Print(QStringLiteral("postgresql  skipped: no --pg-server HOST:PORT given"));
-        return;
-    }
-    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QPSQL"))) {
-        Print(QStringLiteral("postgresql  skipped: the Qt driver QPSQL is not installed"));
         return;
     }
     const QString label = QStringLiteral("postgresql");

@@ -1,10 +1,10 @@
 #include "collection/CollectionBackup.h"
 
 #include <QFileInfo>
-#include <QSqlQuery>
 #include <QTemporaryFile>
 
 #include "collection/CollectionCheck.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 
 namespace CollectionBackup {
@@ -24,11 +24,6 @@ bool Taken(const QString& path) {
     return info.exists() || info.isSymLink();
 }
 
-QString DriverText(const QSqlQuery& query) {
-    const QSqlError error = query.lastError();
-    return error.databaseText().isEmpty() ? error.text() : error.databaseText();
-}
-
 // The database's own check of the file, on a connection of the program's kind (its collation
 // orders the indexes).
 QStringList IntegrityOf(const QString& file, QString& problem) {
@@ -38,14 +33,14 @@ QStringList IntegrityOf(const QString& file, QString& problem) {
         problem = connection->LastError();
         return {};
     }
-    QSqlQuery query(connection->Database());
+    SqlStatement query(*connection);
     QStringList lines;
-    if (!query.exec(QStringLiteral("PRAGMA integrity_check"))) {
-        problem = DriverText(query);
+    if (!query.Exec(QStringLiteral("PRAGMA integrity_check"))) {
+        problem = query.Failure().text;
         return {};
     }
-    while (query.next()) {
-        lines << query.value(0).toString();
+    while (query.Next()) {
+        lines << query.Value(0).toString();
     }
     return lines;
 }
@@ -79,11 +74,9 @@ Outcome Backup(const QString& file, const QString& destination) {
         return outcome;
     }
     part.close();
-    QSqlQuery vacuum(source->Database());
-    vacuum.prepare(QStringLiteral("VACUUM INTO ?"));
-    vacuum.addBindValue(part.fileName());
-    if (!vacuum.exec()) {
-        outcome.message = QStringLiteral("QSQLITE->") + DriverText(vacuum);
+    SqlStatement vacuum(*source);
+    if (!vacuum.Exec(QStringLiteral("VACUUM INTO $1"), {part.fileName()})) {
+        outcome.message = source->DriverName() + QStringLiteral("->") + vacuum.Failure().text;
         return outcome;
     }
     source.reset();

@@ -1,7 +1,5 @@
 #include "collection/CollectionCheck.h"
 
-#include <QSqlQuery>
-
 #include "collection/Statements.h"
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
@@ -75,19 +73,23 @@ const QString RecipesWithBadPlaces = QStringLiteral(
     "place) <> COUNT(*) ORDER BY recipeID;");
 
 QList<qint64> Keys(DbConnection& connection, const QString& sql) {
-    QSqlQuery query = Statements::Run(connection, sql);
     QList<qint64> keys;
-    while (query.next()) {
-        keys << query.value(0).toLongLong();
+    for (const QVariant& key : Statements::FirstColumn(connection, sql)) {
+        keys << key.toLongLong();
     }
     return keys;
 }
 
+// The lines of SQLite's own check; when the check itself cannot read on, the library's
+// message ends them.
 QStringList Integrity(DbConnection& connection) {
-    QSqlQuery query = Statements::Run(connection, QStringLiteral("PRAGMA integrity_check;"));
+    SqlStatement query = Statements::Run(connection, QStringLiteral("PRAGMA integrity_check;"));
     QStringList lines;
-    while (query.next()) {
-        lines << query.value(0).toString();
+    while (query.Next()) {
+        lines << query.Value(0).toString();
+    }
+    if (!query.Failure().text.isEmpty()) {
+        lines << query.Failure().text;
     }
     return lines;
 }
@@ -163,33 +165,23 @@ Report Check(DbConnection& connection) {
 
 std::vector<Finding> Repair(DbConnection& connection) {
     return ErrorPath::PassOn("CollectionCheck:Repair", [&] {
-        QSqlDatabase db = connection.Database();
-        if (!db.transaction()) {
-            modDatabase::RaiseDriverError(connection, db.lastError());
+        modDatabase::Transaction transaction(modDatabase::Transaction::Writing, connection);
+        // What goes is decided before anything is deleted.
+        const std::vector<Finding> deleted{
+            {QStringLiteral("Izbrisane vrstice sestavin"), QStringLiteral("SectionIngredient"),
+             Keys(connection, LinesToDelete())},
+            {QStringLiteral("Izbrisane povezave receptov z razdelki"),
+             QStringLiteral("RecipeSection"), Keys(connection, LinksPointingNowhere())},
+            {QStringLiteral("Izbrisani razdelki"), QStringLiteral("Section"),
+             Keys(connection, UnusedSections())},
+        };
+        for (const Finding& rows : deleted) {
+            Delete(connection, rows.table,
+                   rows.table.left(1).toLower() + rows.table.mid(1) + QStringLiteral("ID"),
+                   rows.keys);
         }
-        try {
-            // What goes is decided before anything is deleted.
-            const std::vector<Finding> deleted{
-                {QStringLiteral("Izbrisane vrstice sestavin"), QStringLiteral("SectionIngredient"),
-                 Keys(connection, LinesToDelete())},
-                {QStringLiteral("Izbrisane povezave receptov z razdelki"),
-                 QStringLiteral("RecipeSection"), Keys(connection, LinksPointingNowhere())},
-                {QStringLiteral("Izbrisani razdelki"), QStringLiteral("Section"),
-                 Keys(connection, UnusedSections())},
-            };
-            for (const Finding& rows : deleted) {
-                Delete(connection, rows.table,
-                       rows.table.left(1).toLower() + rows.table.mid(1) + QStringLiteral("ID"),
-                       rows.keys);
-            }
-            if (!db.commit()) {
-                modDatabase::RaiseDriverError(connection, db.lastError());
-            }
-            return deleted;
-        } catch (...) {
-            db.rollback();
-            throw;
-        }
+        transaction.Commit();
+        return deleted;
     });
 }
 

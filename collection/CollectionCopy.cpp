@@ -3,8 +3,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QSqlError>
-#include <QSqlQuery>
 
 #include "collection/AccessSource.h"
 #include "collection/CollectionCheck.h"
@@ -32,31 +30,38 @@ public:
           m_total(CountRows(connection, table)),
           m_query(Statements::Run(
               connection,
-              QStringLiteral("SELECT * FROM [%1] ORDER BY %2;").arg(table, m_columns.value(0)))) {}
+              QStringLiteral("SELECT * FROM [%1] ORDER BY %2;").arg(table, m_columns.value(0)),
+              SqlStatement::Streamed)),
+          m_connection(connection) {}
 
     QStringList Columns() const override { return m_columns; }
     qint64 Total() const override { return m_total; }
     bool Next(QVector<QVariant>& row) override {
-        if (!m_query.next()) {
+        if (!m_query.Next()) {
+            // A row the database could not read ends the table with the library's error.
+            if (!m_query.Failure().text.isEmpty()) {
+                modDatabase::RaiseDriverError(m_connection, m_query.Failure());
+            }
             return false;
         }
         row.resize(m_columns.size());
         for (int i = 0; i < m_columns.size(); ++i) {
-            row[i] = CopyTables::Normalized(m_query.value(i));
+            row[i] = CopyTables::Normalized(m_query.Value(i));
         }
         return true;
     }
 
 private:
     static qint64 CountRows(DbConnection& connection, const QString& table) {
-        QSqlQuery query =
+        SqlStatement query =
             Statements::Run(connection, QStringLiteral("SELECT COUNT(*) FROM [%1];").arg(table));
-        return query.next() ? query.value(0).toLongLong() : 0;
+        return query.Next() ? query.Value(0).toLongLong() : 0;
     }
 
     QStringList m_columns;
     qint64 m_total;
-    QSqlQuery m_query;
+    SqlStatement m_query;
+    DbConnection& m_connection;
 };
 
 TableSummary CopyTable(CopySource::Source& source, DbConnection& target, const QString& table,
@@ -117,7 +122,7 @@ public:
     std::unique_ptr<CopySource::Feed> Rows(const QString& table, const QStringList&) override {
         return std::make_unique<TableReader>(*m_connection, table);
     }
-    void End() override { QSqlQuery(m_connection->Database()).exec(QStringLiteral("COMMIT")); }
+    void End() override { SqlStatement(*m_connection).Exec(QStringLiteral("COMMIT")); }
 
 private:
     std::shared_ptr<DbConnection> m_connection;
@@ -132,10 +137,7 @@ std::vector<TableSummary> CopyAll(CopySource::Source& source, DbConnection& targ
         // not the tool's output.
         Statements::Run(target, QStringLiteral("SET client_min_messages TO ERROR"));
     }
-    QSqlDatabase db = target.Database();
-    if (!db.transaction()) {
-        modDatabase::RaiseDriverError(target, db.lastError());
-    }
+    target.Run(QStringLiteral("BEGIN"));
     try {
         Schema::Create(target);
         std::vector<TableSummary> copied;
@@ -149,15 +151,13 @@ std::vector<TableSummary> CopyAll(CopySource::Source& source, DbConnection& targ
         if (hooks.cancelled && hooks.cancelled()) {
             throw Interrupted();
         }
-        if (!db.commit()) {
-            modDatabase::RaiseDriverError(target, db.lastError());
-        }
+        target.Run(QStringLiteral("COMMIT"));
         // Once committed the copy stands; what follows only helps.
         source.End();
-        QSqlQuery(db).exec(QStringLiteral("ANALYZE"));  // the query planner's statistics
+        SqlStatement(target).Exec(QStringLiteral("ANALYZE"));  // the query planner's statistics
         return copied;
     } catch (...) {
-        db.rollback();
+        SqlStatement(target).Exec(QStringLiteral("ROLLBACK"));
         throw;
     }
 }

@@ -1,7 +1,5 @@
 #include "collection/CopyTables.h"
 
-#include <QSqlError>
-#include <QSqlRecord>
 #include <QtEndian>
 #include <algorithm>
 #include <numeric>
@@ -33,11 +31,11 @@ QVector<int> SumOrder(const QStringList& columns) {
 }  // namespace
 
 QStringList Columns(DbConnection& connection, const QString& table) {
-    QSqlQuery query =
+    SqlStatement query =
         Statements::Run(connection, QStringLiteral("SELECT * FROM [%1] WHERE 1 = 0;").arg(table));
     QStringList names;
-    for (int i = 0; i < query.record().count(); ++i) {
-        names << query.record().fieldName(i);
+    for (int i = 0; i < query.ColumnCount(); ++i) {
+        names << query.ColumnName(i);
     }
     return names;
 }
@@ -116,23 +114,21 @@ void TableWriter::Flush() {
     }
     const int rows = static_cast<int>(m_pending.size());
     if (!m_query || rows != m_preparedRows) {
-        m_query.emplace(m_connection.Database());
-        if (!m_query->prepare(m_connection.Translate(Statement(rows)))) {
-            modDatabase::RaiseDriverError(m_connection, m_query->lastError());
+        m_query.emplace(m_connection);
+        if (!m_query->Prepare(m_connection.Translate(Statement(rows)))) {
+            modDatabase::RaiseDriverError(m_connection, m_query->Failure());
         }
         m_preparedRows = rows;
     }
+    QVariantList values;
+    values.reserve(rows * m_columns.size());
     for (const QVector<QVariant>& row : m_pending) {
         for (const QVariant& value : row) {
-            m_query->addBindValue(value);
+            values << value;
         }
     }
-    if (!m_query->exec()) {
-        // After a failed statement the server ignores everything, freeing the prepared
-        // statement too, until the transaction is rolled back.
-        const QSqlError error = m_query->lastError();
-        m_connection.Database().rollback();
-        modDatabase::RaiseDriverError(m_connection, error);
+    if (!m_query->Run(values)) {
+        modDatabase::RaiseDriverError(m_connection, m_query->Failure());
     }
     m_pending.clear();
 }
@@ -142,13 +138,17 @@ QString TableWriter::Statement(int rows) const {
     for (const QString& column : m_columns) {
         bracketed << QLatin1Char('[') + column + QLatin1Char(']');
     }
-    const QString markers =
-        QLatin1Char('(') +
-        QStringList(m_columns.size(), QStringLiteral("?")).join(QStringLiteral(", ")) +
-        QLatin1Char(')');
+    QStringList tuples;
+    for (int row = 0; row < rows; ++row) {
+        QStringList markers;
+        for (int column = 0; column < m_columns.size(); ++column) {
+            markers << QStringLiteral("$%1").arg(row * m_columns.size() + column + 1);
+        }
+        tuples << QLatin1Char('(') + markers.join(QStringLiteral(", ")) + QLatin1Char(')');
+    }
     return QStringLiteral("INSERT INTO [%1] (%2) VALUES ")
                .arg(m_table, bracketed.join(QStringLiteral(", "))) +
-           QStringList(rows, markers).join(QStringLiteral(", "));
+           tuples.join(QStringLiteral(", "));
 }
 
 void ContinueServerKeys(DbConnection& target) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QCryptographicHash>
-#include <QSqlQuery>
 #include <QStringList>
 #include <QVariant>
 #include <QVector>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "collection/CollectionCopy.h"
+#include "core/database/SqlStatement.h"
 
 namespace modDatabase {
 class DbConnection;
@@ -60,7 +60,7 @@ private:
     QStringList m_columns;
     int m_rowsPerStatement;
     std::vector<QVector<QVariant>> m_pending;
-    std::optional<QSqlQuery> m_query;
+    std::optional<SqlStatement> m_query;
     int m_preparedRows = 0;
 };
 

@@ -223,15 +223,9 @@ QByteArray BuiltInText() {
 void Load(const QByteArray& text) {
     ErrorPath::PassOn("SampleDatabase:Load", [&] {
         const Collection collection = Parse(text);
-        QSqlDatabase db = modDatabase::Connection->Database();
-        db.transaction();
-        try {
-            Loader().Load(collection);
-        } catch (...) {
-            db.rollback();
-            throw;
-        }
-        db.commit();
+        modDatabase::Transaction transaction;
+        Loader().Load(collection);
+        transaction.Commit();
         modDatabase::Execute(QStringLiteral("ANALYZE"));  // the query planner's statistics
     });
 }

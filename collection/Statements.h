@@ -1,7 +1,8 @@
 #pragma once
 
-#include <QSqlQuery>
 #include <QString>
+
+#include "core/database/SqlStatement.h"
 
 namespace modDatabase {
 class DbConnection;
@@ -12,6 +13,11 @@ namespace Statements {
 
 // Runs one statement of the program's SQL on the connection, its rows to be read forward once;
 // a failure raises the database library's error.
-QSqlQuery Run(modDatabase::DbConnection& connection, const QString& sql);
+SqlStatement Run(modDatabase::DbConnection& connection, const QString& sql,
+                 SqlStatement::Rows rows = SqlStatement::InMemory);
+
+// The first value of every row of a statement's result; a row that cannot be read raises the
+// library's error.
+QVariantList FirstColumn(modDatabase::DbConnection& connection, const QString& sql);
 
 }  // namespace Statements

@@ -1,6 +1,5 @@
 #include "collection/SyntheticDatabase.h"
 
-#include <QSqlQuery>
 #include <QStringList>
 #include <algorithm>
 #include <array>
@@ -9,7 +8,6 @@
 #include "collection/HomeCooking.h"
 #include "core/AppError.h"
 #include "core/database/PlannerStatistics.h"
-#include "core/database/SqliteExtensions.h"
 #include "core/database/modDatabase.h"
 
 namespace SyntheticDatabase {
@@ -69,11 +67,7 @@ public:
         if (m_rows.isEmpty()) {
             return;
         }
-        QSqlQuery query(m_connection.Database());
-        if (!query.exec(m_connection.Translate(m_head + QStringLiteral(" VALUES ") +
-                                               m_rows.join(QStringLiteral(", "))))) {
-            modDatabase::RaiseDriverError(m_connection, query.lastError());
-        }
+        m_connection.Run(m_head + QStringLiteral(" VALUES ") + m_rows.join(QStringLiteral(", ")));
         m_rows.clear();
     }
 
@@ -86,12 +80,7 @@ private:
 QString Quoted(const QString& text) { return QLatin1Char('\'') + text + QLatin1Char('\''); }
 QString Number(long long value) { return QString::number(value); }
 
-void Run(modDatabase::DbConnection& connection, const QString& sql) {
-    QSqlQuery query(connection.Database());
-    if (!query.exec(connection.Translate(sql))) {
-        modDatabase::RaiseDriverError(connection, query.lastError());
-    }
-}
+void Run(modDatabase::DbConnection& connection, const QString& sql) { connection.Run(sql); }
 
 // The rows of recipes, their sections, the links between them and the ingredient lines, with
 // keys counted from 1 in the order they are added.
@@ -371,26 +360,20 @@ void AdvanceServerKeys(modDatabase::DbConnection& c) {
 
 void Generate(modDatabase::DbConnection& connection, int recipes, Shape shape) {
     ErrorPath::PassOn("SyntheticDatabase:Generate", [&] {
-        QSqlDatabase db = connection.Database();
-        db.transaction();
-        try {
-            if (shape == Shape::Uniform) {
-                GenerateLookups(connection);
-                GenerateRecipes(connection, recipes);
-            } else {
-                GenerateHomeCooking(connection, recipes);
-            }
-            if (connection.Kind() == modDatabase::ServerDatabase) {
-                AdvanceServerKeys(connection);
-            }
-        } catch (...) {
-            db.rollback();
-            throw;
+        modDatabase::Transaction transaction(modDatabase::Transaction::Writing, connection);
+        if (shape == Shape::Uniform) {
+            GenerateLookups(connection);
+            GenerateRecipes(connection, recipes);
+        } else {
+            GenerateHomeCooking(connection, recipes);
         }
-        db.commit();
+        if (connection.Kind() == modDatabase::ServerDatabase) {
+            AdvanceServerKeys(connection);
+        }
+        transaction.Commit();
         Run(connection, QStringLiteral("ANALYZE"));  // the query planner's statistics
         if (connection.Kind() == modDatabase::FileDatabase) {
-            PlannerStatistics::Keep(SqliteExtensions::Handle(db));
+            PlannerStatistics::Keep(connection.SqliteHandle());
         }
     });
 }

@@ -5,8 +5,8 @@ set -euo pipefail
 
 packages=(
     build-essential cmake pkg-config clang-format
-    qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-psql libqt6svg6 libgl-dev
-    libsqlite3-dev sqlite3 libgumbo-dev qt6-translations-l10n mdbtools-dev mdbtools
+    qt6-base-dev qt6-base-dev-tools libqt6svg6 libgl-dev
+    libsqlite3-dev sqlite3 libpq-dev libgumbo-dev qt6-translations-l10n mdbtools-dev mdbtools
     postgresql-15 postgresql-contrib
     xvfb xauth xdotool imagemagick poppler-utils fonts-dejavu-core xdg-utils iproute2
 )

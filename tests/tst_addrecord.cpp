@@ -13,8 +13,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSqlDatabase>
-#include <QSqlDriver>
 #include <QTest>
 #include <QTimer>
 #include <functional>
@@ -591,8 +589,8 @@ private Q_SLOTS:
                  qPrintable(logged[0]));
         // The name stays text: the statement that it would end is never run.
         QCOMPARE(logged[0], QStringLiteral("frmAddRecord:cmdOK_Click->modDatabase:GetRecordset->") +
-                                (kind == TestDatabase::Postgres ? QStringLiteral("QPSQL")
-                                                                : QStringLiteral("QSQLITE")) +
+                                (kind == TestDatabase::Postgres ? QStringLiteral("PostgreSQL")
+                                                                : QStringLiteral("SQLite")) +
                                 QStringLiteral("->Vneseno besedilo vsebuje apostrof, ki bi "
                                                "končal besedilo v poizvedbi; ni bilo izvedeno: "
                                                "a'b"));

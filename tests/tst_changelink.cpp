@@ -11,8 +11,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSqlDatabase>
-#include <QSqlDriver>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>

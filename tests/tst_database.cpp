@@ -1,8 +1,7 @@
 // Database access on both kinds: connection strings, opening, result sets, the error chain,
 // and the comparison rules for names.
+#include <sqlite3.h>
 #include <QFile>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTest>
 
 #include "core/AppError.h"
@@ -92,13 +91,12 @@ private Q_SLOTS:
     void sqliteFileWithoutTheTablesStaysClosed() {
         const QString path = TestDatabase::WorkFolder() + QStringLiteral("/other.sqlite");
         {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "other");
-            db.setDatabaseName(path);
-            QVERIFY(db.open());
-            QVERIFY(QSqlQuery(db).exec(QStringLiteral("CREATE TABLE notes (id INTEGER)")));
-            db.close();
+            sqlite3* db = nullptr;
+            QCOMPARE(sqlite3_open(QFile::encodeName(path).constData(), &db), SQLITE_OK);
+            QCOMPARE(sqlite3_exec(db, "CREATE TABLE notes (id INTEGER)", nullptr, nullptr, nullptr),
+                     SQLITE_OK);
+            sqlite3_close(db);
         }
-        QSqlDatabase::removeDatabase(QStringLiteral("other"));
         TestDatabase::UseSettingsFor(TestDatabase::Sqlite, path);
         OpenConnection();
         QCOMPARE(Connection->State(), int(adStateClosed));
@@ -303,8 +301,8 @@ private Q_SLOTS:
         } catch (const AppError& error) {
             QCOMPARE(error.Number(), AppError::PassedOn);
             QCOMPARE(error.Source(), QStringLiteral("modDatabase:GetRecordset"));
-            const QString driver = kind == TestDatabase::Postgres ? QStringLiteral("QPSQL->")
-                                                                  : QStringLiteral("QSQLITE->");
+            const QString driver = kind == TestDatabase::Postgres ? QStringLiteral("PostgreSQL->")
+                                                                  : QStringLiteral("SQLite->");
             QVERIFY2(error.Description().startsWith(driver), qPrintable(error.Description()));
             QVERIFY(error.Description().size() > driver.size());
         }

@@ -14,8 +14,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSqlDatabase>
-#include <QSqlDriver>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>

@@ -6,11 +6,11 @@
 #include <QFile>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QSqlQuery>
 #include <QTest>
 #include <QThread>
 
 #include "collection/CollectionCheck.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
@@ -81,11 +81,11 @@ private Q_SLOTS:
         modDatabase::OpenConnection();
         QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
         if (kind == TestDatabase::Sqlite) {
-            QSqlQuery check(modDatabase::Connection->Database());
-            QVERIFY(check.exec(QStringLiteral("PRAGMA integrity_check")));
-            QVERIFY(check.next());
-            QCOMPARE(check.value(0).toString(), QStringLiteral("ok"));
-            QVERIFY(!check.next());
+            SqlStatement check(*modDatabase::Connection);
+            QVERIFY(check.Exec(QStringLiteral("PRAGMA integrity_check")));
+            QVERIFY(check.Next());
+            QCOMPARE(check.Value(0).toString(), QStringLiteral("ok"));
+            QVERIFY(!check.Next());
         }
 
         // A save is whole or absent: nothing that a save half-done leaves behind (a section no

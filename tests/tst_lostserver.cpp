@@ -11,8 +11,6 @@
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTest>
 #include <cstdio>
 #include <cstdlib>
@@ -136,7 +134,7 @@ private Q_SLOTS:
         const QString description = QString::fromUtf8(file.readAll());
         qInfo("the lost server was reported after %s ms: %s", elapsed.constData(),
               qPrintable(description));
-        QVERIFY2(description.startsWith(QStringLiteral("modDatabase:GetRecordset->QPSQL->")),
+        QVERIFY2(description.startsWith(QStringLiteral("modDatabase:GetRecordset->PostgreSQL->")),
                  qPrintable(description));
         QVERIFY(elapsed.toLongLong() > 0);
         QVERIFY2(elapsed.toLongLong() <= 30000, elapsed.constData());

@@ -129,7 +129,7 @@ void UseForReading(const QString& fileName) {
         QFAIL("the read-only database was written");
     } catch (const AppError& error) {
         QCOMPARE(error.Source(), QStringLiteral("modDatabase:Execute"));
-        QVERIFY2(error.Description().startsWith(QStringLiteral("QSQLITE->attempt to write a "
+        QVERIFY2(error.Description().startsWith(QStringLiteral("SQLite->attempt to write a "
                                                                "readonly database")),
                  qPrintable(error.Description()));
     }

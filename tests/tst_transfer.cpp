@@ -2,11 +2,11 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QSqlQuery>
 #include <QTest>
 #include <QUrl>
 
 #include "core/database/DatabaseAddress.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "display/modDisplay.h"
@@ -436,9 +436,8 @@ private Q_SLOTS:
                 TestDatabase::PostgresUser(), TestDatabase::PostgresPassword()));
         other.OpenEmpty();
         QCOMPARE(other.State(), int(modDatabase::adStateOpen));
-        QSqlQuery query(other.Database());
-        QVERIFY(query.exec("CREATE TABLE beleznica (vrstica text)"));
-        QVERIFY(query.exec("INSERT INTO beleznica VALUES ('kupi moko')"));
+        QVERIFY(SqlStatement(other).Exec("CREATE TABLE beleznica (vrstica text)"));
+        QVERIFY(SqlStatement(other).Exec("INSERT INTO beleznica VALUES ('kupi moko')"));
         other.Close();
         const Result result = Tool({"generate", "--database", target, "--recipes", "20"});
         QCOMPARE(result.exitCode, 0);
@@ -476,9 +475,10 @@ private Q_SLOTS:
         const QString target = EmptyTarget(TestDatabase::Postgres, QStringLiteral("failed_copy"));
         const Result result = Tool({"copy", source, target});
         QCOMPARE(result.exitCode, 1);
-        QVERIFY2(result.err.startsWith(QLatin1String("CollectionCopy:Copy->QPSQL->ERROR:  invalid "
-                                                     "input syntax for type numeric")),
-                 qPrintable(result.err));
+        QVERIFY2(
+            result.err.startsWith(QLatin1String("CollectionCopy:Copy->PostgreSQL->ERROR:  invalid "
+                                                "input syntax for type numeric")),
+            qPrintable(result.err));
         QVERIFY(result.err.contains(QLatin1String("veliko")));
         QVERIFY(StillEmpty(TestDatabase::Postgres, QStringLiteral("failed_copy")));
         QCOMPARE(result.out, QString());

@@ -2,9 +2,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -12,6 +9,7 @@
 #include "collection/SyntheticDatabase.h"
 #include "core/AppError.h"
 #include "core/database/Schema.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 
@@ -139,37 +137,26 @@ bool OpenShared(int kind, const QString& server, const QString& database) {
 }
 
 bool CreateServerDatabase(const QString& server, const QString& name) {
-    const QString connectionName = QStringLiteral("bench-admin");
-    bool ok = true;
-    {
-        QSqlDatabase admin = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connectionName);
-        const qsizetype colon = server.lastIndexOf(QLatin1Char(':'));
-        admin.setHostName(colon > 0 ? server.left(colon) : server);
-        if (colon > 0) {
-            admin.setPort(server.mid(colon + 1).toInt());
-        }
-        admin.setDatabaseName(QStringLiteral("postgres"));
-        admin.setConnectOptions(QStringLiteral("connect_timeout=15"));
-        if (!admin.open(PgUser, PgPassword)) {
-            Print(QStringLiteral("  cannot reach %1: %2").arg(server, admin.lastError().text()));
-            ok = false;
-        } else {
-            for (const QString& sql :
-                 {QStringLiteral("SET client_min_messages = warning"),
-                  QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name),
-                  QStringLiteral("CREATE DATABASE \"%1\"").arg(name)}) {
-                QSqlQuery query(admin);
-                if (!query.exec(sql)) {
-                    Print(QStringLiteral("  %1: %2").arg(sql, query.lastError().text()));
-                    ok = false;
-                    break;
-                }
-            }
-            admin.close();
+    modDatabase::DbConnection admin(
+        modDatabase::ServerDatabase,
+        modDatabase::BuildConnectionString(modDatabase::ServerDatabase, server,
+                                           QStringLiteral("postgres"), PgUser, PgPassword));
+    admin.OpenEmpty();
+    if (admin.State() != modDatabase::adStateOpen) {
+        Print(QStringLiteral("  cannot reach %1: %2").arg(server, admin.LastError()));
+        return false;
+    }
+    for (const QString& sql :
+         {QStringLiteral("SET client_min_messages = warning"),
+          QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name),
+          QStringLiteral("CREATE DATABASE \"%1\"").arg(name)}) {
+        SqlStatement query(admin);
+        if (!query.Exec(sql)) {
+            Print(QStringLiteral("  %1: %2").arg(sql, query.Failure().text));
+            return false;
         }
     }
-    QSqlDatabase::removeDatabase(connectionName);
-    return ok;
+    return true;
 }
 
 bool OpenGeneratedOnServer(const QString& server, const QString& name, int recipes,
@@ -179,7 +166,7 @@ bool OpenGeneratedOnServer(const QString& server, const QString& name, int recip
         !OpenShared(modDatabase::ServerDatabase, server, name)) {
         return false;
     }
-    QSqlQuery(modDatabase::Connection->Database()).exec(QStringLiteral("VACUUM ANALYZE"));
+    SqlStatement(*modDatabase::Connection).Exec(QStringLiteral("VACUUM ANALYZE"));
     return true;
 }
 

@@ -1,15 +1,10 @@
 #include "core/database/Recordset.h"
 
 #include <QRegularExpression>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QSqlRecord>
 #include <limits>
 
-#include <sqlite3.h>
-
 #include "core/AppError.h"
-#include "core/database/SqliteExtensions.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 
 namespace {
@@ -28,70 +23,8 @@ QString Bracketed(const QString& name) { return QLatin1Char('[') + name + QLatin
     ErrorPath::Raise(3021, QStringLiteral("No current record."));
 }
 
-}  // namespace
-
-namespace {
-
-// The file database is read through SQLite's own interface: the same statement, the same
-// values, without a second copy of every row in the database library's buffers. The values are
-// those the library would give: integers as 64-bit numbers, texts as QString, NULL as a null text.
-QVariant SqliteValue(sqlite3_stmt* statement, int column) {
-    switch (sqlite3_column_type(statement, column)) {
-        case SQLITE_INTEGER:
-            return QVariant(static_cast<qlonglong>(sqlite3_column_int64(statement, column)));
-        case SQLITE_FLOAT:
-            return QVariant(sqlite3_column_double(statement, column));
-        case SQLITE_NULL:
-            return QVariant(QMetaType::fromType<QString>());
-        case SQLITE_BLOB:
-            return QVariant(
-                QByteArray(static_cast<const char*>(sqlite3_column_blob(statement, column)),
-                           sqlite3_column_bytes(statement, column)));
-        default:
-            return QVariant(QString::fromUtf8(
-                reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
-                sqlite3_column_bytes(statement, column)));
-    }
-}
-
-[[noreturn]] void RaiseSqliteError(const modDatabase::DbConnection& connection, sqlite3* db,
-                                   sqlite3_stmt* statement, const QString& description) {
-    const int code = sqlite3_extended_errcode(db);
-    sqlite3_finalize(statement);
-    modDatabase::RaiseDriverError(
-        connection,
-        QSqlError(QString(), description, QSqlError::StatementError, QString::number(code)));
-}
-
-void ReadSqliteRows(const modDatabase::DbConnection& connection, sqlite3* db, const QString& sql,
-                    QStringList& names, std::vector<QVariant>& values, size_t& rowCount) {
-    const QByteArray text = sql.toUtf8();
-    sqlite3_stmt* statement = nullptr;
-    const char* tail = nullptr;
-    if (sqlite3_prepare_v2(db, text.constData(), static_cast<int>(text.size()) + 1, &statement,
-                           &tail) != SQLITE_OK) {
-        RaiseSqliteError(connection, db, statement, QString::fromUtf8(sqlite3_errmsg(db)));
-    }
-    if (tail && !QByteArray(tail).trimmed().isEmpty()) {
-        RaiseSqliteError(connection, db, statement,
-                         QStringLiteral("Unable to execute multiple statements at a time"));
-    }
-    const int columns = statement ? sqlite3_column_count(statement) : 0;
-    for (int i = 0; i < columns; ++i) {
-        names << QString::fromUtf8(sqlite3_column_name(statement, i));
-    }
-    int result = SQLITE_DONE;
-    while (statement && (result = sqlite3_step(statement)) == SQLITE_ROW) {
-        for (int i = 0; i < columns; ++i) {
-            values.push_back(SqliteValue(statement, i));
-        }
-        ++rowCount;
-    }
-    if (result != SQLITE_DONE) {
-        RaiseSqliteError(connection, db, statement, QString::fromUtf8(sqlite3_errmsg(db)));
-    }
-    sqlite3_finalize(statement);
-}
+// The marker of the n-th value (from 1), as both libraries read it.
+QString Marker(int number) { return QLatin1Char('$') + QString::number(number); }
 
 }  // namespace
 
@@ -105,29 +38,22 @@ Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& conn
     Recordset rs;
     rs.m_connection = connection;
     rs.m_table = UpdatableTable(sql);
-    const QSqlDatabase database = connection->Database();
-    if (sqlite3* db = connection->Kind() == modDatabase::FileDatabase
-                          ? SqliteExtensions::Handle(database)
-                          : nullptr) {
-        ReadSqliteRows(*connection, db, connection->Translate(sql), rs.m_names, rs.m_values,
-                       rs.m_rowCount);
-    } else {
-        QSqlQuery query(database);
-        query.setForwardOnly(true);
-        if (!query.exec(connection->Translate(sql))) {
-            modDatabase::RaiseDriverError(*connection, query.lastError());
-        }
-        const QSqlRecord record = query.record();
-        const int columns = record.count();
+    SqlStatement query(*connection);
+    if (!query.Exec(connection->Translate(sql))) {
+        modDatabase::RaiseDriverError(*connection, query.Failure());
+    }
+    const int columns = query.ColumnCount();
+    for (int i = 0; i < columns; ++i) {
+        rs.m_names << query.ColumnName(i);
+    }
+    while (query.Next()) {
         for (int i = 0; i < columns; ++i) {
-            rs.m_names << record.fieldName(i);
+            rs.m_values.push_back(query.Value(i));
         }
-        while (query.next()) {
-            for (int i = 0; i < columns; ++i) {
-                rs.m_values.push_back(query.value(i));
-            }
-            ++rs.m_rowCount;
-        }
+        ++rs.m_rowCount;
+    }
+    if (!query.Failure().text.isEmpty()) {
+        modDatabase::RaiseDriverError(*connection, query.Failure());
     }
     rs.m_deleted.assign(rs.m_rowCount, false);
     rs.m_changed.fill(false, rs.FieldCount());
@@ -247,11 +173,13 @@ void Recordset::Update() {
 void Recordset::Insert() {
     QStringList columns;
     QStringList markers;
+    QVariantList values;
     QVariant* row = CurrentRow();
     for (int i = 0; i < FieldCount(); ++i) {
         if (m_changed[i]) {
             columns << Bracketed(m_names[i]);
-            markers << QStringLiteral("?");
+            values << row[i];
+            markers << Marker(static_cast<int>(values.size()));
         }
     }
     const QString sql =
@@ -261,62 +189,47 @@ void Recordset::Insert() {
                                  QStringLiteral(") VALUES (") + markers.join(QStringLiteral(", ")) +
                                  QLatin1Char(')')) +
         QStringLiteral(" RETURNING *");
-    QSqlQuery query(m_connection->Database());
-    query.setForwardOnly(true);
-    query.prepare(m_connection->Translate(sql));
-    for (int i = 0; i < FieldCount(); ++i) {
-        if (m_changed[i]) {
-            query.addBindValue(row[i]);
+    SqlStatement query = Run(sql, values);
+    if (query.Next()) {
+        for (int i = 0; i < FieldCount() && i < query.ColumnCount(); ++i) {
+            row[i] = query.Value(i);
         }
     }
-    if (!query.exec()) {
-        modDatabase::RaiseDriverError(*m_connection, query.lastError());
-    }
-    if (query.next()) {
-        for (int i = 0; i < FieldCount() && i < query.record().count(); ++i) {
-            row[i] = query.value(i);
-        }
-    }
-    query.finish();
 }
 
 void Recordset::WriteChanges() {
     QStringList assignments;
+    QVariantList values;
     QVariant* row = CurrentRow();
     for (int i = 0; i < FieldCount(); ++i) {
         if (m_changed[i]) {
-            assignments << Bracketed(m_names[i]) + QStringLiteral(" = ?");
+            values << row[i];
+            assignments << Bracketed(m_names[i]) + QStringLiteral(" = ") +
+                               Marker(static_cast<int>(values.size()));
         }
     }
-    QSqlQuery query(m_connection->Database());
-    query.prepare(
-        m_connection->Translate(QStringLiteral("UPDATE ") + m_table + QStringLiteral(" SET ") +
-                                assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE ") +
-                                Bracketed(m_names[0]) + QStringLiteral(" = ?")));
-    for (int i = 0; i < FieldCount(); ++i) {
-        if (m_changed[i]) {
-            query.addBindValue(row[i]);
-        }
-    }
-    query.addBindValue(row[0]);
-    if (!query.exec()) {
-        modDatabase::RaiseDriverError(*m_connection, query.lastError());
-    }
+    values << row[0];
+    Run(QStringLiteral("UPDATE ") + m_table + QStringLiteral(" SET ") +
+            assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE ") +
+            Bracketed(m_names[0]) + QStringLiteral(" = ") + Marker(static_cast<int>(values.size())),
+        values);
 }
 
 void Recordset::Delete() {
     RequireUpdatable();
-    const QVariant key = CurrentRow()[0];
-    QSqlQuery query(m_connection->Database());
-    query.prepare(m_connection->Translate(QStringLiteral("DELETE FROM ") + m_table +
-                                          QStringLiteral(" WHERE ") + Bracketed(m_names[0]) +
-                                          QStringLiteral(" = ?")));
-    query.addBindValue(key);
-    if (!query.exec()) {
-        modDatabase::RaiseDriverError(*m_connection, query.lastError());
-    }
+    Run(QStringLiteral("DELETE FROM ") + m_table + QStringLiteral(" WHERE ") +
+            Bracketed(m_names[0]) + QStringLiteral(" = $1"),
+        {CurrentRow()[0]});
     m_deleted[m_position] = true;
     m_adding = false;
+}
+
+SqlStatement Recordset::Run(const QString& sql, const QVariantList& values) {
+    SqlStatement query(*m_connection);
+    if (!query.Exec(m_connection->Translate(sql), values)) {
+        modDatabase::RaiseDriverError(*m_connection, query.Failure());
+    }
+    return query;
 }
 
 void Recordset::Close() {

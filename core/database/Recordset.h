@@ -1,10 +1,10 @@
 #pragma once
 
 #include <QHash>
-#include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <QVariantList>
 #include <QVector>
 #include <memory>
 #include <vector>
@@ -12,6 +12,7 @@
 namespace modDatabase {
 class DbConnection;
 }
+class SqlStatement;
 
 // The complete result of one SELECT, read into memory when the query runs. Rows do not change
 // when other statements change the tables. A result over all columns of one table
@@ -52,6 +53,8 @@ private:
     void Insert();
     void WriteChanges();
     void RequireUpdatable() const;
+    // Runs a statement of the program's SQL with its values on the result set's connection.
+    SqlStatement Run(const QString& sql, const QVariantList& values);
 
     std::shared_ptr<modDatabase::DbConnection> m_connection;
     QString m_table;  // bracketed, empty when the result is not updatable

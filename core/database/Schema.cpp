@@ -2,9 +2,9 @@
 
 #include <QFile>
 #include <QRegularExpression>
-#include <QSqlQuery>
 
 #include "core/AppError.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 
 namespace Schema {
@@ -43,9 +43,9 @@ QStringList Statements(int kind) {
 void Create(modDatabase::DbConnection& connection) {
     ErrorPath::PassOn("Schema:Create", [&] {
         for (const QString& statement : Statements(connection.Kind())) {
-            QSqlQuery query(connection.Database());
-            if (!query.exec(statement)) {
-                modDatabase::RaiseDriverError(connection, query.lastError());
+            SqlStatement query(connection);
+            if (!query.Exec(statement)) {
+                modDatabase::RaiseDriverError(connection, query.Failure());
             }
         }
     });

@@ -2,10 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <QSqlDatabase>
-#include <QSqlDriver>
-#include <QVariant>
-
 #include "core/database/SlovenianText.h"
 
 namespace SqliteExtensions {
@@ -69,17 +65,6 @@ void Register(sqlite3* db) {
                                nullptr);
     sqlite3_create_function_v2(db, "like", 3, flags, nullptr, LikeFunction, nullptr, nullptr,
                                nullptr);
-}
-
-sqlite3* Handle(const QSqlDatabase& db) {
-    if (!db.isValid() || !db.isOpen()) {
-        return nullptr;
-    }
-    const QVariant handle = db.driver()->handle();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
-        return nullptr;
-    }
-    return *static_cast<sqlite3* const*>(handle.constData());
 }
 
 }  // namespace SqliteExtensions

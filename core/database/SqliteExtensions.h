@@ -1,7 +1,6 @@
 #pragma once
 
 struct sqlite3;
-class QSqlDatabase;
 
 // Registers on a file database connection what makes it compare names as the program expects:
 // the NOCASE collation of the name columns becomes Slovenian and case-blind for every letter,
@@ -9,6 +8,4 @@ class QSqlDatabase;
 // shell) still reads, with the built-in ASCII-only rules.
 namespace SqliteExtensions {
 void Register(sqlite3* db);
-// The SQLite handle under a Qt connection (nullptr for another kind or a closed connection).
-sqlite3* Handle(const QSqlDatabase& db);
 }  // namespace SqliteExtensions

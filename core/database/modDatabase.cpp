@@ -3,22 +3,20 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <QAtomicInt>
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QSqlDriver>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QUrl>
 
 #include "core/AppError.h"
 #include "core/database/AccessFile.h"
 #include "core/database/PlannerStatistics.h"
+#include "core/database/PostgresSession.h"
 #include "core/database/Schema.h"
-#include "core/database/SingleStatement.h"
 #include "core/database/SqlDialect.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/SqliteExtensions.h"
+#include "core/database/SqliteSession.h"
 #include "core/modGeneral.h"
 
 namespace modDatabase {
@@ -26,23 +24,6 @@ namespace modDatabase {
 std::shared_ptr<DbConnection> Connection;
 
 namespace {
-
-QString NextQtConnectionName() {
-    static QAtomicInt counter;
-    return QStringLiteral("morvena-%1").arg(counter.fetchAndAddRelaxed(1));
-}
-
-sqlite3* SqliteHandle(const QSqlDatabase& db) {
-    const QVariant handle = db.driver()->handle();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0) {
-        return nullptr;
-    }
-    return *static_cast<sqlite3* const*>(handle.constData());
-}
-
-QString DatabaseErrorText(const QSqlError& error) {
-    return error.databaseText().isEmpty() ? error.text() : error.databaseText();
-}
 
 QString NotMorvena(const QString& name) {
     return QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name);
@@ -65,13 +46,14 @@ bool CanWrite(const QString& fileName) {
            ::access(QFile::encodeName(QFileInfo(fileName).absolutePath()).constData(), W_OK) == 0;
 }
 
+// Runs a statement whose outcome does not matter (it only helps).
+void TryRun(DbConnection& connection, const QString& sql) { SqlStatement(connection).Exec(sql); }
+
 }  // namespace
 
 DbConnection::DbConnection(int kind, QString connectionString)
-    : m_kind(kind),
-      m_connectionString(std::move(connectionString)),
-      m_qtName(NextQtConnectionName()) {
-    // The shared connection must go before the database library's own registry does.
+    : m_kind(kind), m_connectionString(std::move(connectionString)) {
+    // The shared connection goes when the application does, before the libraries' own state.
     static const bool releasedAtExit = [] {
         qAddPostRoutine([] { Connection.reset(); });
         return true;
@@ -79,10 +61,7 @@ DbConnection::DbConnection(int kind, QString connectionString)
     Q_UNUSED(releasedAtExit);
 }
 
-DbConnection::~DbConnection() {
-    Close();
-    QSqlDatabase::removeDatabase(m_qtName);
-}
+DbConnection::~DbConnection() { Close(); }
 
 void DbConnection::Open() {
     m_lastError.clear();
@@ -125,8 +104,6 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
         Fail(FromWindows(fileName));
         return;
     }
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_qtName);
-    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI"));
     const QString path = QFileInfo(fileName).absoluteFilePath();
     // A new file is made; an existing one is never made anew (one that vanished meanwhile is
     // not created). A file that cannot be written here (read-only media, a read-only folder, no
@@ -138,17 +115,18 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
                               : m_writable                    ? QStringList{"mode=rw"}
                                            : QStringList{"mode=ro", "mode=ro&immutable=1"};
     for (const QString& mode : modes) {
-        db.close();
+        m_session.reset();
         QUrl url = QUrl::fromLocalFile(path);
         url.setQuery(mode);
-        db.setDatabaseName(url.toString(QUrl::FullyEncoded));
-        if (!db.open()) {
-            m_lastError = CannotRead(fileName, DatabaseErrorText(db.lastError()));
+        SqlFailure failure;
+        std::shared_ptr<SqliteSession> session =
+            SqliteSession::Open(url.toString(QUrl::FullyEncoded), failure);
+        if (!session) {
+            m_lastError = CannotRead(fileName, failure.text);
             continue;
         }
-        if (sqlite3* handle = SqliteHandle(db)) {
-            SqliteExtensions::Register(handle);
-        }
+        SqliteExtensions::Register(session->Handle());
+        m_session = session;
         m_lastError = Problem(expect, fileName);
         if (m_lastError.isEmpty()) {
             break;
@@ -162,11 +140,11 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
     // closed); a database being created stays in the plain journal mode. Either way the file
     // as left also opens where it cannot be written.
     if (m_writable && expect == Expect::MorvenaDatabase) {
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=WAL"));
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA synchronous=FULL"));
-        PlannerStatistics::Keep(SqliteHandle(db));
+        TryRun(*this, QStringLiteral("PRAGMA journal_mode=WAL"));
+        TryRun(*this, QStringLiteral("PRAGMA synchronous=FULL"));
+        PlannerStatistics::Keep(SqliteHandle());
     }
-    QSqlQuery(db).exec(QStringLiteral("PRAGMA cache_size=-65536"));
+    TryRun(*this, QStringLiteral("PRAGMA cache_size=-65536"));
 }
 
 void DbConnection::OpenServer(Expect expect) {
@@ -174,31 +152,45 @@ void DbConnection::OpenServer(Expect expect) {
     const QString database = ConnectionStringValue(m_connectionString, QStringLiteral("Database"));
     const QString user = ConnectionStringValue(m_connectionString, QStringLiteral("User ID"));
     const QString password = ConnectionStringValue(m_connectionString, QStringLiteral("Password"));
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_qtName);
+    QList<QPair<QString, QString>> keywords;
     // "host", "host:port" or "host,port"
     const qsizetype separator =
         std::max(server.lastIndexOf(QLatin1Char(':')), server.lastIndexOf(QLatin1Char(',')));
-    db.setHostName(separator > 0 ? server.left(separator) : server);
-    if (separator > 0) {
-        db.setPort(server.mid(separator + 1).toInt());
+    if (!server.isEmpty()) {
+        keywords.append({QStringLiteral("host"), separator > 0 ? server.left(separator) : server});
     }
-    db.setDatabaseName(database);
+    if (separator > 0) {
+        keywords.append({QStringLiteral("port"), server.mid(separator + 1)});
+    }
+    keywords.append({QStringLiteral("dbname"), database});
+    if (!user.isEmpty()) {
+        keywords.append({QStringLiteral("user"), user});
+    }
+    // Without a password of its own, libpq looks in its own places: PGPASSWORD, ~/.pgpass.
+    if (!password.isEmpty()) {
+        keywords.append({QStringLiteral("password"), password});
+    }
     // A server that is lost while the program waits for it is noticed within 25 seconds: an
     // idle connection is probed after 10 s of silence every 5 s, and data that the server does
     // not acknowledge for 25 s ends the connection; the statement then fails on the error path.
-    db.setConnectOptions(
-        QStringLiteral("connect_timeout=15;keepalives=1;keepalives_idle=10;"
-                       "keepalives_interval=5;keepalives_count=3;"
-                       "tcp_user_timeout=25000"));
-    if (!db.open(user, password)) {
-        Fail(CannotRead(database, DatabaseErrorText(db.lastError())));
+    keywords.append({{QStringLiteral("connect_timeout"), QStringLiteral("15")},
+                     {QStringLiteral("keepalives"), QStringLiteral("1")},
+                     {QStringLiteral("keepalives_idle"), QStringLiteral("10")},
+                     {QStringLiteral("keepalives_interval"), QStringLiteral("5")},
+                     {QStringLiteral("keepalives_count"), QStringLiteral("3")},
+                     {QStringLiteral("tcp_user_timeout"), QStringLiteral("25000")},
+                     {QStringLiteral("client_encoding"), QStringLiteral("UTF8")},
+                     {QStringLiteral("application_name"), QStringLiteral("Morvena")}});
+    SqlFailure failure;
+    std::shared_ptr<PostgresSession> session = PostgresSession::Open(keywords, failure);
+    if (!session) {
+        Fail(CannotRead(database, failure.text));
         return;
     }
+    m_session = session;
     // A backslash in a literal is a plain character, whatever the server was told before.
-    QSqlQuery conforming(db);
-    if (!conforming.exec(QStringLiteral("SET standard_conforming_strings = on")) ||
-        !conforming.exec(QStringLiteral("SHOW standard_conforming_strings")) ||
-        !conforming.next() || conforming.value(0).toString() != QLatin1String("on")) {
+    TryRun(*this, QStringLiteral("SET standard_conforming_strings = on"));
+    if (session->Reported("standard_conforming_strings") != QLatin1String("on")) {
         Fail(CannotRead(database, QStringLiteral("standard_conforming_strings ni vključen.")));
         return;
     }
@@ -206,21 +198,21 @@ void DbConnection::OpenServer(Expect expect) {
 }
 
 QString DbConnection::Problem(Expect expect, const QString& name) {
-    QSqlQuery query(Database());
+    SqlStatement query(*this);
     const QString sql = m_kind == FileDatabase
                             ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")
                             : QStringLiteral(
                                   "SELECT table_name FROM information_schema.tables "
                                   "WHERE table_schema = current_schema()");
     QStringList present;
-    if (!query.exec(sql)) {
+    if (!query.Exec(sql)) {
         // A file of another kind is no Morvena database; any other failure is one of reading.
-        const bool foreign = m_kind == FileDatabase &&
-                             (query.lastError().nativeErrorCode().toInt() & 0xff) == SQLITE_NOTADB;
-        return foreign ? NotMorvena(name) : CannotRead(name, DatabaseErrorText(query.lastError()));
+        const bool foreign =
+            m_kind == FileDatabase && (query.Failure().code & 0xff) == SQLITE_NOTADB;
+        return foreign ? NotMorvena(name) : CannotRead(name, query.Failure().text);
     }
-    while (query.next()) {
-        present << query.value(0).toString().toLower();
+    while (query.Next()) {
+        present << query.Value(0).toString().toLower();
     }
     if (expect == Expect::EmptyDatabase) {
         // Tables of other programs may share a server database; none of the program's own.
@@ -250,41 +242,40 @@ void DbConnection::Fail(const QString& description) {
 }
 
 void DbConnection::Close() {
-    if (!QSqlDatabase::contains(m_qtName)) {
+    if (!m_session) {
         return;
     }
-    QSqlDatabase db = QSqlDatabase::database(m_qtName, false);
-    if (m_kind == FileDatabase && db.isOpen() && m_writable) {
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA optimize"));  // keeps the statistics fresh
+    if (m_kind == FileDatabase && m_session->IsOpen() && m_writable) {
+        TryRun(*this, QStringLiteral("PRAGMA optimize"));  // keeps the statistics fresh
         // Back to the plain journal (when no one else has the file open), so that the file
         // opens for reading on read-only media too.
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA journal_mode=DELETE"));
+        TryRun(*this, QStringLiteral("PRAGMA journal_mode=DELETE"));
     }
-    db.close();
+    m_session.reset();
 }
 
 int DbConnection::State() const {
-    return QSqlDatabase::contains(m_qtName) && QSqlDatabase::database(m_qtName, false).isOpen()
-               ? adStateOpen
-               : adStateClosed;
+    return m_session && m_session->IsOpen() ? adStateOpen : adStateClosed;
 }
 
 QString DbConnection::DriverName() const {
-    return m_kind == ServerDatabase ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE");
+    return m_kind == ServerDatabase ? QStringLiteral("PostgreSQL") : QStringLiteral("SQLite");
 }
 
-QSqlDatabase DbConnection::Database() const { return QSqlDatabase::database(m_qtName, false); }
+sqlite3* DbConnection::SqliteHandle() const {
+    const auto* file = dynamic_cast<const SqliteSession*>(m_session.get());
+    return file && State() == adStateOpen ? file->Handle() : nullptr;
+}
 
 QString DbConnection::Translate(const QString& sql) const {
-    const bool server = m_kind == ServerDatabase;
-    const QString text = server ? SqlDialect::ToPostgres(sql) : sql;
-    // Every text runs as one statement: a second one (typed into a name) never reaches the
-    // database, which would run it too.
-    if (!SingleStatement::IsSingle(
-            text, server ? SingleStatement::Lexer::PostgreSql : SingleStatement::Lexer::Sqlite)) {
-        throw AppError(0, DriverName(), SingleStatement::RefusedDescription());
+    return m_kind == ServerDatabase ? SqlDialect::ToPostgres(sql) : sql;
+}
+
+void DbConnection::Run(const QString& sql) {
+    SqlStatement statement(*this);
+    if (!statement.Exec(Translate(sql))) {
+        RaiseDriverError(*this, statement.Failure());
     }
-    return text;
 }
 
 QString BuildConnectionString(int kind, const QString& server, const QString& database,
@@ -376,55 +367,62 @@ void CloseConnection() {
     });
 }
 
-void Execute(const QString& sql) {
-    ErrorPath::PassOn("modDatabase:Execute", [&] {
-        DbConnection& connection = Opened();
-        QSqlQuery query(connection.Database());
-        if (!query.exec(connection.Translate(sql))) {
-            RaiseDriverError(connection, query.lastError());
-        }
-    });
+void Execute(const QString& sql) { Execute(Opened(), sql); }
+
+void Execute(DbConnection& connection, const QString& sql) {
+    ErrorPath::PassOn("modDatabase:Execute", [&] { connection.Run(sql); });
 }
 
 Transaction::Transaction(Purpose purpose) {
     ErrorPath::PassOn("modDatabase:BeginTransaction", [&] {
-        const bool server = Opened().Kind() == ServerDatabase;
-        if (purpose == Writing) {
-            Execute(server ? QStringLiteral("START TRANSACTION")
-                           : QStringLiteral("BEGIN IMMEDIATE"));
-        } else {
-            Execute(server ? QStringLiteral(
-                                 "START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
-                           : QStringLiteral("BEGIN"));
-        }
-        m_open = true;
+        Opened();
+        m_shared = Connection;
+        m_connection = m_shared.get();
+        Begin(purpose);
     });
 }
 
+Transaction::Transaction(Purpose purpose, DbConnection& connection) : m_connection(&connection) {
+    ErrorPath::PassOn("modDatabase:BeginTransaction", [&] { Begin(purpose); });
+}
+
+void Transaction::Begin(Purpose purpose) {
+    const bool server = m_connection->Kind() == ServerDatabase;
+    if (purpose == Writing) {
+        Execute(*m_connection,
+                server ? QStringLiteral("START TRANSACTION") : QStringLiteral("BEGIN IMMEDIATE"));
+    } else {
+        Execute(*m_connection,
+                server
+                    ? QStringLiteral("START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
+                    : QStringLiteral("BEGIN"));
+    }
+    m_open = true;
+}
+
 Transaction::~Transaction() {
-    if (m_open && Connection && Connection->State() == adStateOpen) {
-        QSqlQuery(Connection->Database()).exec(QStringLiteral("ROLLBACK"));
+    if (m_open && m_connection->State() == adStateOpen) {
+        TryRun(*m_connection, QStringLiteral("ROLLBACK"));
     }
 }
 
 void Transaction::LockRow(const QString& bracketedTable, const QString& keyColumn, qint32 key) {
-    if (Connection->Kind() == ServerDatabase) {
-        Execute(QStringLiteral("SELECT %1 FROM %2 WHERE %1 = %3 FOR UPDATE;")
-                    .arg(keyColumn, bracketedTable)
-                    .arg(key));
+    if (m_connection->Kind() == ServerDatabase) {
+        Execute(*m_connection, QStringLiteral("SELECT %1 FROM %2 WHERE %1 = %3 FOR UPDATE;")
+                                   .arg(keyColumn, bracketedTable)
+                                   .arg(key));
     }
 }
 
 void Transaction::Commit() {
     ErrorPath::PassOn("modDatabase:CommitTransaction", [&] {
-        Execute(QStringLiteral("COMMIT"));
+        Execute(*m_connection, QStringLiteral("COMMIT"));
         m_open = false;
     });
 }
 
-void RaiseDriverError(const DbConnection& connection, const QSqlError& error) {
-    throw AppError(error.nativeErrorCode().toLong(), connection.DriverName(),
-                   DatabaseErrorText(error));
+void RaiseDriverError(const DbConnection& connection, const SqlFailure& failure) {
+    throw AppError(failure.code, connection.DriverName(), failure.text);
 }
 
 QVariant StrToNull(const QString& text) { return text.isEmpty() ? QVariant() : QVariant(text); }

@@ -1,15 +1,16 @@
-// core/database/: the one connection (SQLite or PostgreSQL), result sets, the SQL dialect, the
-// one-statement guard, SQLite functions and collation, planner statistics, addresses, the schema.
+// core/database/: the one connection (SQLite or PostgreSQL through their own libraries), result
+// sets, the SQL dialect, SQLite functions and collation, planner statistics, addresses, schema.
 // May use: core.
 #pragma once
 
-#include <QSqlDatabase>
-#include <QSqlError>
 #include <QString>
 #include <QVariant>
 #include <memory>
 
 #include "core/database/Recordset.h"
+#include "core/database/SqlSession.h"
+
+struct sqlite3;
 
 // The program's single database connection and the operations through which every window
 // reaches the tables: open, query into a result set, delete the rows of a result set, close,
@@ -45,10 +46,15 @@ public:
     const QString& LastError() const { return m_lastError; }
     // The database library's name, the source of its errors.
     QString DriverName() const;
-    QSqlDatabase Database() const;
-    // The program's SQL as this database speaks it. A text that holds more than one statement
-    // raises an error with the driver's name as source, before anything reaches the database.
+    // The open connection's library session (nullptr when closed).
+    SqlSession* Session() const { return m_session.get(); }
+    // The SQLite connection of an open file (nullptr for a server or a closed connection).
+    sqlite3* SqliteHandle() const;
+    // The program's SQL as this database speaks it.
     QString Translate(const QString& sql) const;
+    // Runs one statement of the program's SQL that returns no rows; a failure raises the
+    // library's error.
+    void Run(const QString& sql);
 
 private:
     enum class Expect { MorvenaDatabase, EmptyDatabase };
@@ -62,7 +68,7 @@ private:
 
     int m_kind;
     QString m_connectionString;
-    QString m_qtName;
+    std::shared_ptr<SqlSession> m_session;
     QString m_lastError;
     bool m_writable = true;   // a file opened for reading only is false
     bool m_readOnly = false;  // opened with OpenForReading
@@ -92,16 +98,18 @@ Recordset GetRecordset(const QString& sql, const QString& typed);
 void DeleteRecordset(Recordset& rs);
 // Closes and releases the shared connection.
 void CloseConnection();
-// Runs a statement that returns no rows on the shared connection.
+// Runs a statement that returns no rows on the shared connection, or on another one.
 void Execute(const QString& sql);
+void Execute(DbConnection& connection, const QString& sql);
 
-// A transaction on the shared connection, rolled back when it ends without Commit (an error
-// half-way). One for writing takes the write lock of a database file at once (another writer
-// waits for it); one for reading sees the database as it was when it began.
+// A transaction on the shared connection (or another one), rolled back when it ends without
+// Commit (an error half-way). One for writing takes the write lock of a database file at once
+// (another writer waits for it); one for reading sees the database as it was when it began.
 class Transaction {
 public:
     enum Purpose { Writing, Reading };
     explicit Transaction(Purpose purpose = Writing);
+    Transaction(Purpose purpose, DbConnection& connection);
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
@@ -110,11 +118,15 @@ public:
     void Commit();
 
 private:
+    void Begin(Purpose purpose);
+
+    std::shared_ptr<DbConnection> m_shared;  // the shared connection, kept while in use
+    DbConnection* m_connection = nullptr;
     bool m_open = false;
 };
 
 // Raises a failure of the database library: its name is the source, its message the description.
-[[noreturn]] void RaiseDriverError(const DbConnection& connection, const QSqlError& error);
+[[noreturn]] void RaiseDriverError(const DbConnection& connection, const SqlFailure& failure);
 
 QVariant StrToNull(const QString& text);
 QString NullToStr(const QVariant& value);

@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSqlDriver>
 #include <QTimer>
 
 #include "core/database/modDatabase.h"
@@ -74,9 +73,8 @@ QStringList LoggedErrors() {
 }
 
 SqliteStatements::SqliteStatements() {
-    const QVariant handle = modDatabase::Connection->Database().driver()->handle();
-    if (handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0) {
-        m_db = *static_cast<sqlite3* const*>(handle.constData());
+    m_db = modDatabase::Connection->SqliteHandle();
+    if (m_db) {
         sqlite3_trace_v2(m_db, SQLITE_TRACE_STMT, &Trace, this);
     }
 }

@@ -1,10 +1,10 @@
 #include "tests/support/TestDatabase.h"
 
+#include <libpq-fe.h>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QSqlDatabase>
-#include <QSqlQuery>
+#include <QHash>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -29,33 +29,39 @@ QString ServerDatabaseName() {
 
 bool g_serverDatabaseCreated = false;
 
-// A connection of the tests' own, outside the program's shared connection.
-QSqlDatabase AdminConnection(const QString& database) {
-    const QString name = QStringLiteral("test-admin-") + database;
-    QSqlDatabase db = QSqlDatabase::contains(name)
-                          ? QSqlDatabase::database(name)
-                          : QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), name);
-    const QString server = PostgresServer();
-    db.setHostName(server.section(QLatin1Char(':'), 0, 0));
-    db.setPort(server.section(QLatin1Char(':'), 1).toInt());
-    db.setDatabaseName(database);
-    db.setUserName(PostgresUser());
-    db.setPassword(PostgresPassword());
-    if (!db.isOpen()) {
-        if (!db.open()) {
-            qFatal("cannot reach the tests' PostgreSQL server %s: %s", qPrintable(server),
-                   qPrintable(db.lastError().text()));
-        }
-        QSqlQuery(db).exec(QStringLiteral("SET client_min_messages TO WARNING"));
+// A connection of the tests' own to the tests' server, outside the program's connections.
+PGconn* AdminConnection(const QString& database) {
+    static QHash<QString, PGconn*> open;
+    if (PGconn* kept = open.value(database)) {
+        return kept;
     }
+    const QString server = PostgresServer();
+    const QByteArray host = server.section(QLatin1Char(':'), 0, 0).toUtf8();
+    const QByteArray port = server.section(QLatin1Char(':'), 1).toUtf8();
+    const QByteArray name = database.toUtf8();
+    const QByteArray user = PostgresUser().toUtf8();
+    const QByteArray password = PostgresPassword().toUtf8();
+    const char* keywords[] = {"host", "port", "dbname", "user", "password", nullptr};
+    const char* values[] = {host.constData(), port.constData(),     name.constData(),
+                            user.constData(), password.constData(), nullptr};
+    PGconn* db = PQconnectdbParams(keywords, values, 0);
+    if (PQstatus(db) != CONNECTION_OK) {
+        qFatal("cannot reach the tests' PostgreSQL server %s: %s", qPrintable(server),
+               PQerrorMessage(db));
+    }
+    PQsetNoticeProcessor(
+        db, [](void*, const char*) {}, nullptr);
+    open.insert(database, db);
     return db;
 }
 
-void Run(QSqlDatabase db, const QString& sql) {
-    QSqlQuery query(db);
-    if (!query.exec(sql)) {
-        qFatal("%s: %s", qPrintable(sql), qPrintable(query.lastError().text()));
+void Run(PGconn* db, const QString& sql) {
+    PGresult* result = PQexec(db, sql.toUtf8().constData());
+    const ExecStatusType status = PQresultStatus(result);
+    if (status != PGRES_COMMAND_OK && status != PGRES_TUPLES_OK) {
+        qFatal("%s: %s", qPrintable(sql), PQresultErrorMessage(result));
     }
+    PQclear(result);
 }
 
 }  // namespace
@@ -91,7 +97,7 @@ QString PostgresUser() { return QStringLiteral("morvena"); }
 QString PostgresPassword() { return QStringLiteral("morvena-test"); }
 
 void CreatePostgresDatabase(const QString& name) {
-    QSqlDatabase admin = AdminConnection(QStringLiteral("postgres"));
+    PGconn* admin = AdminConnection(QStringLiteral("postgres"));
     Run(admin, QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(name));
     Run(admin, QStringLiteral("CREATE DATABASE \"%1\"").arg(name));
 }
@@ -128,7 +134,7 @@ void OpenFresh(const QString& kind) {
             CreatePostgresDatabase(name);
             g_serverDatabaseCreated = true;
         }
-        QSqlDatabase db = AdminConnection(name);
+        PGconn* db = AdminConnection(name);
         Run(db, QStringLiteral("DROP SCHEMA IF EXISTS public CASCADE"));
         Run(db, QStringLiteral("CREATE SCHEMA public"));
         UseSettingsFor(kind, name);
