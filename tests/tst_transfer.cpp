@@ -185,10 +185,11 @@ private Q_SLOTS:
         QTest::newRow("port out of range") << "postgresql://h:70000/zbirka"
                                            << "Napačna vrata v naslovu zbirke: 70000";
         QTest::newRow("percent") << "postgresql://h/zb%2"
-                                 << "Napačno kodiran znak v naslovu "
-                                    "zbirke: zb%2";
+                                 << "Naslova zbirke ni mogoče prebrati: invalid percent-encoded "
+                                    "token: \"zb%2\"";
         QTest::newRow("zero byte") << "postgresql://h/zb%00"
-                                   << "Naslov zbirke ne sme vsebovati znaka %00.";
+                                   << "Naslova zbirke ni mogoče prebrati: forbidden value %00 in "
+                                      "percent-encoded value: \"zb%00\"";
         QTest::newRow("two hosts") << "postgresql://a,b/zbirka"
                                    << "Naslov zbirke sme imenovati le en strežnik.";
         QTest::newRow("parameter") << "postgresql://h/zbirka?sslmode=require"
@@ -196,7 +197,9 @@ private Q_SLOTS:
         QTest::newRow("semicolon") << "postgresql://kuhar:a%3Bb@h/zbirka"
                                    << "Naslov zbirke ne sme vsebovati podpičja (;).";
         QTest::newRow("IPv6 unclosed") << "postgresql://[::1/zbirka"
-                                       << "V naslovu zbirke manjka ] za naslovom IPv6.";
+                                       << "Naslova zbirke ni mogoče prebrati: end of string reached "
+                                          "when looking for matching \"]\" in IPv6 host address in "
+                                          "URI: \"postgresql://[::1/zbirka\"";
     }
     void badAddressesAreRefusedWithOneLine() {
         QFETCH(QString, text);

@@ -91,6 +91,12 @@ const char* const HelpText =
     "Uporabnik, geslo, gostitelj in vrata so neobvezni; posebne znake zapišite s kodo %XX\n"
     "(na primer @ kot %40). Dovoljeni parametri: ?host=, port=, user=, password=, dbname=.\n"
     "\n"
+    "Gesla ne pišite v ukaz: naslov brez gesla (postgresql://uporabnik@gostitelj/zbirka) vzame\n"
+    "geslo iz mest, ki jih pozna libpq: spremenljivke PGPASSWORD, datoteke ~/.pgpass (dovoljenja\n"
+    "0600) ali datoteke storitev (PGSERVICE); če ga tam ni, ga orodje vpraša v terminalu in ga\n"
+    "ne izpiše. Geslo, zapisano v ukazu (v naslovu ali z --password), orodje v seznamu procesov\n"
+    "takoj prekrije z znaki x, a ga drugi uporabniki do tedaj morda že vidijo.\n"
+    "\n"
     "Izhodna koda: 0 uspeh, 1 zbirke ni bilo mogoče odpreti ali delo ni uspelo, 2 napačni "
     "argumenti,\n3 check je našel napake (tudi če jih je --repair popravil).\n";
 

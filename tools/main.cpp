@@ -3,7 +3,9 @@
 #include <QTextStream>
 #include <memory>
 
+#include "core/database/modDatabase.h"
 #include "tools/ToolCommands.h"
+#include "tools/ToolPasswords.h"
 
 int main(int argc, char* argv[]) {
     // Printing lays pages out with fonts, which takes a GUI application; it needs no screen.
@@ -18,5 +20,7 @@ int main(int argc, char* argv[]) {
     QTextStream err(stderr);
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
+    ToolPasswords::HideFromProcessList(argc, argv);
+    modDatabase::SetPasswordPrompt(ToolPasswords::AskOnTerminal);
     return ToolCommands::Run(arguments, out, err);
 }

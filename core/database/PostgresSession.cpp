@@ -229,7 +229,7 @@ private:
 };
 
 std::shared_ptr<PostgresSession> PostgresSession::Open(
-    const QList<QPair<QString, QString>>& keywords, SqlFailure& failure) {
+    const QList<QPair<QString, QString>>& keywords, SqlFailure& failure, bool& needsPassword) {
     std::vector<QByteArray> texts;
     std::vector<const char*> names;
     std::vector<const char*> values;
@@ -247,6 +247,7 @@ std::shared_ptr<PostgresSession> PostgresSession::Open(
     if (!connection || PQstatus(connection) != CONNECTION_OK) {
         failure = {
             0, connection ? Trimmed(PQerrorMessage(connection)) : QStringLiteral("out of memory")};
+        needsPassword = connection && PQconnectionNeedsPassword(connection);
         PQfinish(connection);
         return nullptr;
     }

@@ -15,9 +15,10 @@ class PostgresSession : public SqlSession {
 public:
     // Connects with libpq's keywords and values (host, port, dbname, user, password, ...); a
     // keyword left out is taken from libpq's own places (PGPASSWORD, ~/.pgpass, a service
-    // file). nullptr and libpq's message in `failure` when it cannot connect.
+    // file). nullptr and libpq's message in `failure` when it cannot connect; `needsPassword`
+    // then tells whether the server asked for a password that libpq did not find.
     static std::shared_ptr<PostgresSession> Open(const QList<QPair<QString, QString>>& keywords,
-                                                 SqlFailure& failure);
+                                                 SqlFailure& failure, bool& needsPassword);
     ~PostgresSession() override;
 
     bool IsOpen() const override;

@@ -25,6 +25,8 @@ std::shared_ptr<DbConnection> Connection;
 
 namespace {
 
+PasswordPrompt g_passwordPrompt = nullptr;
+
 QString NotMorvena(const QString& name) {
     return QStringLiteral("%1 ni zbirka podatkov programa Morvena.").arg(name);
 }
@@ -182,7 +184,17 @@ void DbConnection::OpenServer(Expect expect) {
                      {QStringLiteral("client_encoding"), QStringLiteral("UTF8")},
                      {QStringLiteral("application_name"), QStringLiteral("Morvena")}});
     SqlFailure failure;
-    std::shared_ptr<PostgresSession> session = PostgresSession::Open(keywords, failure);
+    bool needsPassword = false;
+    std::shared_ptr<PostgresSession> session =
+        PostgresSession::Open(keywords, failure, needsPassword);
+    if (!session && needsPassword && password.isEmpty() && g_passwordPrompt) {
+        const QString who = (user.isEmpty() ? QString() : user + QLatin1Char('@')) + server +
+                            QLatin1Char('/') + database;
+        if (const std::optional<QString> typed = g_passwordPrompt(who)) {
+            keywords.append({QStringLiteral("password"), *typed});
+            session = PostgresSession::Open(keywords, failure, needsPassword);
+        }
+    }
     if (!session) {
         Fail(CannotRead(database, failure.text));
         return;
@@ -277,6 +289,8 @@ void DbConnection::Run(const QString& sql) {
         RaiseDriverError(*this, statement.Failure());
     }
 }
+
+void SetPasswordPrompt(PasswordPrompt prompt) { g_passwordPrompt = prompt; }
 
 QString BuildConnectionString(int kind, const QString& server, const QString& database,
                               const QString& user, const QString& password) {

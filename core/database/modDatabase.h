@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVariant>
 #include <memory>
+#include <optional>
 
 #include "core/database/Recordset.h"
 #include "core/database/SqlSession.h"
@@ -73,6 +74,13 @@ private:
     bool m_writable = true;   // a file opened for reading only is false
     bool m_readOnly = false;  // opened with OpenForReading
 };
+
+// Asks the person at the terminal for the password of a user on a server ("uporabnik@strežnik/
+// zbirka"); std::nullopt when there is no one to ask.
+using PasswordPrompt = std::optional<QString> (*)(const QString& who);
+// Set by a program that may ask: a server that wants a password which neither the settings
+// nor libpq's own places (PGPASSWORD, ~/.pgpass) give is then asked for it, once.
+void SetPasswordPrompt(PasswordPrompt prompt);
 
 // The shared connection; absent until the first attempt to open one.
 extern std::shared_ptr<DbConnection> Connection;
