@@ -6,12 +6,6 @@
 //
 // Usage: bench_access --tool PATH [--access FILE] [--runs N]
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <QCoreApplication>
 #include <QFile>
 #include <QThread>
@@ -22,8 +16,6 @@
 #include "bench/support/Workspace.h"
 #include "collection/CollectionCopy.h"
 #include "core/database/modDatabase.h"
-
-extern char** environ;
 
 using namespace Bench;
 
@@ -43,50 +35,13 @@ struct Options {
     int runs = 3;
 };
 
-// One process's wall time in seconds and its peak resident memory in MB; its output goes
-// nowhere. Negative seconds when it did not run or failed.
-struct Process {
-    double seconds = -1.0;
-    double peakMegabytes = 0.0;
-};
-
-Process RunProcess(const QStringList& command) {
-    std::vector<QByteArray> arguments;
-    for (const QString& argument : command) {
-        arguments.push_back(QFile::encodeName(argument));
-    }
-    std::vector<char*> argv;
-    for (QByteArray& argument : arguments) {
-        argv.push_back(argument.data());
-    }
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    const auto start = Clock::now();
-    pid_t child = 0;
-    const int spawned = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    Process result;
-    int status = 0;
-    struct rusage usage {};
-    if (spawned != 0 || ::wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
-        WEXITSTATUS(status) != 0) {
-        return result;
-    }
-    result.seconds = Milliseconds(Clock::now() - start) / 1000.0;
-    result.peakMegabytes = double(usage.ru_maxrss) / 1024.0;
-    return result;
-}
-
 // The best of `runs` conversions by the tool, each into a new file.
-Process BestToolCopy(const Options& options, const Workspace& work) {
-    Process best;
+ProcessRun BestToolCopy(const Options& options, const Workspace& work) {
+    ProcessRun best;
     const QString target = work.File(QStringLiteral("converted.mdb"));
     for (int run = 0; run < options.runs; ++run) {
         RemoveSqliteFiles(target);
-        const Process one =
+        const ProcessRun one =
             RunProcess({options.tool, QStringLiteral("copy"), options.access, target});
         if (one.seconds < 0) {
             return one;
@@ -108,7 +63,8 @@ double BestExport(const Options& options) {
     for (int run = 0; run < options.runs; ++run) {
         double seconds = 0.0;
         for (const QString& table : tables) {
-            const Process one = RunProcess({QStringLiteral("mdb-export"), options.access, table});
+            const ProcessRun one =
+                RunProcess({QStringLiteral("mdb-export"), options.access, table});
             if (one.seconds < 0) {
                 return -1.0;
             }
@@ -143,7 +99,7 @@ int Measure(const Options& options, const Workspace& work) {
         Print(QStringLiteral("  --tool PATH (morvena-tool) is needed"));
         return 2;
     }
-    const Process tool = BestToolCopy(options, work);
+    const ProcessRun tool = BestToolCopy(options, work);
     const double floorSeconds = BestExport(options);
     const double inProcess = InProcessCopy(options, work);
     if (tool.seconds < 0 || floorSeconds < 0 || inProcess < 0) {

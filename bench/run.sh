@@ -9,7 +9,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
-programs=("${@:-foundation mainwindow editor search tree copy settings access}")
+programs=("${@:-foundation mainwindow editor search tree copy settings access pages}")
 read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -44,6 +44,7 @@ for program in "${programs[@]}"; do
         copy) "$build/bench/bench_copy" --cache-dir "$cache" "${pg[@]}" ;;
         settings) "$build/bench/bench_settings" ;;
         access) "$build/bench/bench_access" --tool "$build/tools/morvena-tool" ;;
+        pages) "$build/bench/bench_pages" --tool "$build/tools/morvena-tool" ;;
         *) echo "run.sh: no benchmark named $program" >&2; exit 2 ;;
     esac
 done

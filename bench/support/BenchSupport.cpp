@@ -1,5 +1,11 @@
 #include "bench/support/BenchSupport.h"
 
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
@@ -12,6 +18,8 @@
 #include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+
+extern char** environ;
 
 namespace Bench {
 
@@ -183,6 +191,36 @@ QString LoadAverage() {
 }
 
 void PrintDone() { Print(QStringLiteral("done, %1").arg(LoadAverage())); }
+
+ProcessRun RunProcess(const QStringList& command) {
+    std::vector<QByteArray> arguments;
+    for (const QString& argument : command) {
+        arguments.push_back(QFile::encodeName(argument));
+    }
+    std::vector<char*> argv;
+    for (QByteArray& argument : arguments) {
+        argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    const auto start = Clock::now();
+    pid_t child = 0;
+    const int spawned = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    ProcessRun result;
+    int status = 0;
+    struct rusage usage {};
+    if (spawned != 0 || ::wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
+        WEXITSTATUS(status) != 0) {
+        return result;
+    }
+    result.seconds = Milliseconds(Clock::now() - start) / 1000.0;
+    result.peakMegabytes = double(usage.ru_maxrss) / 1024.0;
+    return result;
+}
 
 QString Where(const QString& label, int recipes) {
     return QStringLiteral("%1  %2 recipes").arg(label).arg(recipes);

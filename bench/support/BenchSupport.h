@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <chrono>
 #include <vector>
 
@@ -26,6 +27,14 @@ QString ErrorText();
 QString LoadAverage();
 // The last line of a program: "done" and the machine's load.
 void PrintDone();
+
+// One process's wall time in seconds and its peak resident memory in MB.
+struct ProcessRun {
+    double seconds = -1.0;  // negative when it did not run or failed
+    double peakMegabytes = 0.0;
+};
+// Runs a program with its arguments, its output going nowhere, and waits for it.
+ProcessRun RunProcess(const QStringList& command);
 
 // "LABEL  N recipes", where a figure's line starts.
 QString Where(const QString& label, int recipes);

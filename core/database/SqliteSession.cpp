@@ -3,6 +3,8 @@
 #include <sqlite3.h>
 
 #include <QStringList>
+#include <cstdlib>
+#include <vector>
 
 namespace {
 
@@ -84,6 +86,7 @@ public:
                        QStringLiteral("Besedilo SQL vsebuje več kot en stavek; ni bilo izvedeno.")};
             return false;
         }
+        ReadMarkers();
         m_names.clear();
         for (int i = 0; m_statement && i < sqlite3_column_count(m_statement); ++i) {
             m_names << QString::fromUtf8(sqlite3_column_name(m_statement, i));
@@ -145,10 +148,24 @@ private:
         return false;
     }
 
+    // The place of the value $number: SQLite numbers markers in the order they first appear.
     int MarkerIndex(int number) const {
-        const int named = sqlite3_bind_parameter_index(
-            m_statement, QByteArray("$" + QByteArray::number(number)).constData());
-        return named > 0 ? named : number;
+        return number <= static_cast<int>(m_markers.size()) && m_markers[number - 1] > 0
+                   ? m_markers[number - 1]
+                   : number;
+    }
+
+    void ReadMarkers() {
+        m_markers.clear();
+        const int count = m_statement ? sqlite3_bind_parameter_count(m_statement) : 0;
+        m_markers.assign(count, 0);
+        for (int index = 1; index <= count; ++index) {
+            const char* name = sqlite3_bind_parameter_name(m_statement, index);
+            const int number = name && name[0] == '$' ? std::atoi(name + 1) : 0;
+            if (number >= 1 && number <= count) {
+                m_markers[number - 1] = index;
+            }
+        }
     }
 
     bool Step(SqlFailure& failure) {
@@ -166,8 +183,9 @@ private:
     sqlite3* m_db;
     sqlite3_stmt* m_statement = nullptr;
     QStringList m_names;
-    bool m_row = false;      // the statement stands on a row
-    bool m_pending = false;  // that row has not been handed out yet
+    std::vector<int> m_markers;  // the place of $1, $2, ... (0 for none)
+    bool m_row = false;          // the statement stands on a row
+    bool m_pending = false;      // that row has not been handed out yet
 };
 
 }  // namespace
