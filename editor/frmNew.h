@@ -4,8 +4,10 @@
 
 #include <QDialog>
 #include <QString>
+#include <optional>
 
 #include "editor/EditSection.h"
+#include "editor/RecipeFingerprint.h"
 
 class QComboBox;
 class QGroupBox;
@@ -128,6 +130,14 @@ private:
 
     // ---- frmNewSave.cpp
     void cmdOK_Click();
+    // The parts of cmdOK_Click (their errors are the handler's own). SaveRecipe writes the recipe
+    // in one transaction with its row locked when the recipe in the database is still
+    // `overwritable`; otherwise it writes nothing and returns the recipe as it is now.
+    std::optional<RecipeFingerprint> SaveRecipe(const RecipeFingerprint& overwritable);
+    // Tells that the recipe was changed or deleted meanwhile and asks whether to save it anyway.
+    bool OverwriteAgreed(const RecipeFingerprint& found);
+    // Writes the recipe row and its sections afresh; returns the recipe's key.
+    qint32 WriteRecipe();
 
     // Recipe header
     QLabel* lblGroup = nullptr;
@@ -181,6 +191,8 @@ private:
     QTreeWidgetItem* itmSection = nullptr;
     QTreeWidgetItem* itmIngredient = nullptr;
     bool booSections = false;
+    // The recipe as the editor read it (for an existing recipe).
+    RecipeFingerprint m_loadedRecipe;
 
     bool m_unloadingFromCode = false;
     bool m_selectingFromCode = false;

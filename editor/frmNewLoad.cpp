@@ -43,12 +43,14 @@ void frmNew::Form_Load() {
         FillCmbUnit();
         FillLstIngredient();
         EnableIngredient(false);
+        m_loadedRecipe = RecipeFingerprint();
         if (lngRecipeID < 0) {
             itmSection = nullptr;
             booSections = false;
         } else {
             // The recipe as one save left it: read in one snapshot, however others save it.
             modDatabase::Transaction reading(modDatabase::Transaction::Reading);
+            m_loadedRecipe = RecipeFingerprint::Read(lngRecipeID);
             LoadRecipe(lngRecipeID);
             Recordset rs = modDatabase::GetRecordset(
                 QStringLiteral("SELECT sectionID FROM [RecipeSection] WHERE recipeID = ") +

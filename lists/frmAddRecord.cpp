@@ -8,6 +8,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScopeGuard>
+#include <optional>
 
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
@@ -88,8 +89,10 @@ void frmAddRecord::Form_Load() {
                   : QString();
         m_extraCondition =
             rtMode == rtType ? QStringLiteral(" AND groupID = %1").arg(lngGroupID) : QString();
+        m_loadedRow = RowVersion();
         if (lngID > 0) {
             Recordset rs = modDatabase::GetRecordset(m_loadingStatement + QString::number(lngID));
+            m_loadedRow = RowVersion(rs);
             txtName->setText(rs.Text(QStringLiteral("Name")));
             Controls::SetMultiLineText(
                 txtDescription, modDatabase::NullToStr(rs.Fields(QStringLiteral("Description"))));
@@ -121,20 +124,47 @@ void frmAddRecord::cmdOK_Click() {
             return;
         }
         duplicates.Close();
-        Recordset rs = modDatabase::GetRecordset(m_loadingStatement + QString::number(lngID));
-        if (rs.Eof()) {
-            rs.AddNew();
+        // What someone else changed since the dialog loaded the record is overwritten only on
+        // Yes: asked with nothing locked, and asked again when the row changes once more.
+        RowVersion overwritable = m_loadedRow;
+        while (const std::optional<RowVersion> found =
+                   SaveRecord(overwritable, name, description)) {
+            if (UiServices::MsgBox(QStringLiteral("Vnos je medtem spremenil nekdo drug. Ali ga "
+                                                  "želite kljub temu shraniti?"),
+                                   UiServices::vbYesNo + UiServices::vbQuestion) !=
+                UiServices::vbYes) {
+                return;
+            }
+            overwritable = *found;
         }
-        rs.SetField(QStringLiteral("Name"), name);
-        rs.SetField(QStringLiteral("Description"), modDatabase::StrToNull(description));
-        if (rtMode == rtType) {
-            rs.SetField(QStringLiteral("groupID"), lngGroupID);
-        }
-        rs.Update();
-        modGeneral::lngLastID = rs.Long(rs.FieldName(0));
-        rs.Close();
         accept();
     });
+}
+
+std::optional<RowVersion> frmAddRecord::SaveRecord(const RowVersion& overwritable,
+                                                   const QString& name,
+                                                   const QString& description) {
+    modDatabase::Transaction transaction;
+    if (lngID > 0) {
+        transaction.LockRow(m_table, m_keyField, lngID);
+    }
+    Recordset rs = modDatabase::GetRecordset(m_loadingStatement + QString::number(lngID));
+    if (rs.Eof()) {
+        rs.AddNew();
+    } else if (const RowVersion now(rs); now != overwritable) {
+        return now;  // the transaction ends unwritten
+    }
+    rs.SetField(QStringLiteral("Name"), name);
+    rs.SetField(QStringLiteral("Description"), modDatabase::StrToNull(description));
+    if (rtMode == rtType) {
+        rs.SetField(QStringLiteral("groupID"), lngGroupID);
+    }
+    rs.Update();
+    const qint32 saved = rs.Long(rs.FieldName(0));
+    rs.Close();
+    transaction.Commit();
+    modGeneral::lngLastID = saved;
+    return std::nullopt;
 }
 
 void frmAddRecord::cmdCancel_Click() {

@@ -2,6 +2,9 @@
 
 #include <QDialog>
 #include <QString>
+#include <optional>
+
+#include "lists/RowVersion.h"
 
 class QLabel;
 class QLineEdit;
@@ -34,6 +37,11 @@ protected:
 private:
     void Form_Load();
     void cmdOK_Click();
+    // Part of cmdOK_Click (its errors are the handler's own): writes the record in one
+    // transaction with its row locked when the row is still `overwritable` or is gone (a record
+    // deleted meanwhile is added anew); otherwise writes nothing and returns the row as it is.
+    std::optional<RowVersion> SaveRecord(const RowVersion& overwritable, const QString& name,
+                                         const QString& description);
     void cmdCancel_Click();
     void txtName_GotFocus();
     void txtDescription_GotFocus();
@@ -50,4 +58,6 @@ private:
     QString m_keyField;
     QString m_loadingStatement;
     QString m_extraCondition;
+    // The record's row as the dialog loaded it.
+    RowVersion m_loadedRow;
 };

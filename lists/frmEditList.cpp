@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <optional>
 
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
@@ -43,6 +44,9 @@ constexpr qint32 LastListMode = frmAddRecord::rtIngredient;
 qint32 KeyNumber(const QString& key) { return key.mid(1).toInt(); }
 
 QString ListKey(qint32 id) { return QStringLiteral("I") + QString::number(id); }
+
+// A list entry keeps its record's row as the list read it.
+constexpr int VersionRole = modGeneral::KeyRole + 1;
 
 }  // namespace
 
@@ -142,6 +146,7 @@ void frmEditList::RefreshList() {
             auto* item = new QTreeWidgetItem;
             item->setData(0, modGeneral::KeyRole, ListKey(rs.Long(rs.FieldName(0))));
             item->setText(0, rs.Text(QStringLiteral("Name")));
+            item->setData(0, VersionRole, QVariant::fromValue(RowVersion(rs)));
             items << item;
         }
         rs.Close();
@@ -241,7 +246,9 @@ void frmEditList::cmdDelete_Click() {
         if (!item) {
             return;
         }
-        const qint32 id = KeyNumber(modGeneral::ItemKey(item));
+        const QString key = modGeneral::ItemKey(item);
+        const qint32 id = KeyNumber(key);
+        const RowVersion shown = item->data(0, VersionRole).value<RowVersion>();
         if (UiServices::MsgBox(QStringLiteral("Ali res želite izbrisati zapis?"),
                                UiServices::vbYesNo + UiServices::vbQuestion) != UiServices::vbYes) {
             return;
@@ -269,15 +276,41 @@ void frmEditList::cmdDelete_Click() {
         }
         references.Close();
         if (deleteRecord) {
-            Recordset rs = modDatabase::GetRecordset(
-                QStringLiteral("SELECT * FROM ") + m_table + QStringLiteral(" WHERE ") +
-                m_keyField + QStringLiteral(" = ") + QString::number(id) + QStringLiteral(";"));
-            rs.Delete();
-            rs.Update();
-            rs.Close();
+            // A record that someone else changed since the list showed it is deleted only on
+            // Yes: asked with nothing locked, and asked again when it changes once more. On No
+            // it stays, listed as it is now.
+            RowVersion overwritable = shown;
+            while (const std::optional<RowVersion> found = DeleteUnlessChanged(id, overwritable)) {
+                if (UiServices::MsgBox(QStringLiteral("Zapis je medtem spremenil nekdo drug. Ali "
+                                                      "ga želite kljub temu izbrisati?"),
+                                       UiServices::vbYesNo + UiServices::vbQuestion) !=
+                    UiServices::vbYes) {
+                    RefreshList();
+                    modGeneral::SelectListItem(lstRecords, key);
+                    return;
+                }
+                overwritable = *found;
+            }
         }
         RefreshList();
     });
+}
+
+std::optional<RowVersion> frmEditList::DeleteUnlessChanged(qint32 id,
+                                                           const RowVersion& overwritable) {
+    modDatabase::Transaction transaction;
+    transaction.LockRow(m_table, m_keyField, id);
+    Recordset rs = modDatabase::GetRecordset(
+        QStringLiteral("SELECT * FROM ") + m_table + QStringLiteral(" WHERE ") + m_keyField +
+        QStringLiteral(" = ") + QString::number(id) + QStringLiteral(";"));
+    if (const RowVersion now(rs); now.Exists() && now != overwritable) {
+        return now;  // the transaction ends unwritten
+    }
+    rs.Delete();  // a record that is gone already fails here: "No current record."
+    rs.Update();
+    rs.Close();
+    transaction.Commit();
+    return std::nullopt;
 }
 
 void frmEditList::cmdCancel_Click() {

@@ -4,6 +4,9 @@
 
 #include <QDialog>
 #include <QString>
+#include <optional>
+
+#include "lists/RowVersion.h"
 
 class QLabel;
 class QLineEdit;
@@ -39,6 +42,10 @@ private:
     void cmdAdd_Click();
     void cmdEdit_Click();
     void cmdDelete_Click();
+    // Part of cmdDelete_Click (its errors are the handler's own): deletes the record in one
+    // transaction with its row locked when the row is still `overwritable`; otherwise deletes
+    // nothing and returns the row as it is now.
+    std::optional<RowVersion> DeleteUnlessChanged(qint32 id, const RowVersion& overwritable);
     void cmdCancel_Click();
 
     // The list's selected entry, if any.

@@ -140,6 +140,25 @@ QList<Case> Cases() {
          "INNER JOIN [Unit] ON Unit.unitID = [SectionIngredient].unitID WHERE sectionID = 3;",
          {"2|4|Čokolada|2|žlica"},
          true},
+        {"fingerprint recipe",
+         "SELECT typeID, sourceID, title FROM [Recipe] WHERE recipeID = 3;",
+         {"3|2|čokoladna torta"},
+         true},
+        {"fingerprint sections",
+         "SELECT [RecipeSection].place, [Section].title, [Section].instructions FROM "
+         "[RecipeSection] INNER JOIN [Section] ON [RecipeSection].sectionID = [Section].sectionID "
+         "WHERE [RecipeSection].recipeID = 3 ORDER BY [RecipeSection].place, "
+         "[RecipeSection].recipeSectionID;",
+         {"1|Testo|Zamesimo.", "2|Krema|Stopimo ČOKOLADO."},
+         true},
+        {"fingerprint lines",
+         "SELECT [RecipeSection].place, [SectionIngredient].amount, [SectionIngredient].unitID, "
+         "[SectionIngredient].ingredientID FROM [RecipeSection] INNER JOIN [SectionIngredient] ON "
+         "[RecipeSection].sectionID = [SectionIngredient].sectionID WHERE "
+         "[RecipeSection].recipeID = 3 ORDER BY [RecipeSection].place, "
+         "[SectionIngredient].sectionIngredientID;",
+         {"1|300|1|1", "2|2|2|4"},
+         true},
         {"new recipe row", "SELECT * FROM [Recipe] WHERE recipeID = -1;", {}, true},
         {"new section row", "SELECT * FROM [Section] WHERE sectionID = 0;", {}, true},
         {"new link row", "SELECT * FROM [RecipeSection] WHERE recipeSectionID = 0;", {}, true},

@@ -9,7 +9,8 @@
 //             1, 2, ...), so that two loops saving one recipe leave one whole version of it
 //
 // Every save is a real frmNew, shown offscreen, driven through its controls and closed by
-// "Potrdi" with the question answered Yes: new recipes of one to three sections with ingredient
+// "Potrdi" with the questions answered Yes (also whether to overwrite a recipe that another loop
+// saved meanwhile): new recipes of one to three sections with ingredient
 // lines, and existing recipes saved again with changed instructions. After each finished save
 // one line "saved <recipeID>" goes to standard output (flushed); an existing recipe that the
 // editor refuses as it stands (a validation message) gives "skipped". The unexpected-error
@@ -307,12 +308,15 @@ int main(int argc, char** argv) {
     }
     modGeneral::TempFilename = QDir::currentPath() + QStringLiteral("/tmpRecipeDB.html");
 
-    // The save question is answered Yes; a validation message (an existing recipe the editor
-    // does not accept as it is, e.g. one left without ingredient lines) skips that recipe; the
-    // unexpected-error message ends the loop.
+    // The save question is answered Yes, and so is the question whether to overwrite what
+    // another loop saved meanwhile (each loop wants its own version); a validation message (an
+    // existing recipe the editor does not accept as it is, e.g. one left without ingredient
+    // lines) skips that recipe; the unexpected-error message ends the loop.
     bool failed = false;
     UiServices::SetMsgBoxHandler([&](const QString& text, int style, const QString&) {
-        if (text == QStringLiteral("Ali res želite shraniti recept?")) {
+        if (text == QStringLiteral("Ali res želite shraniti recept?") ||
+            text == QStringLiteral("Recept je medtem spremenil nekdo drug. Ali ga želite kljub "
+                                   "temu shraniti in prepisati te spremembe?")) {
             return int(UiServices::vbYes);
         }
         std::fprintf(stderr, "message: %s\n", qPrintable(text));
