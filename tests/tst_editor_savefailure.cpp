@@ -3,12 +3,11 @@
 // state for a second "Potrdi"; a failure while the old sections are deleted leaves the recipe as
 // it was.
 #include <QFile>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QTest>
 #include <memory>
 
 #include "core/AppError.h"
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "core/registry/modRegistry.h"
@@ -99,8 +98,8 @@ private:
                 : QStringList{"CREATE TRIGGER KeepLines BEFORE DELETE ON SectionIngredient BEGIN "
                               "SELECT RAISE(ABORT, 'lines are kept'); END"};
         for (const QString& sql : statements) {
-            QSqlQuery query(modDatabase::Connection->Database());
-            QVERIFY2(query.exec(sql), qPrintable(query.lastError().text()));
+            SqlStatement query(*modDatabase::Connection);
+            QVERIFY2(query.Exec(sql), qPrintable(query.Failure().text));
         }
     }
 

@@ -42,14 +42,15 @@ ToolRun::Result Detached(const QStringList& arguments, const QProcessEnvironment
             QString::fromUtf8(tool.readAllStandardError())};
 }
 
-// The command lines of the running tools, as the process list shows them to every user.
-QStringList ToolCommandLines() {
+// The command lines of the running tools that name `database`, as the process list shows them
+// to every user.
+QStringList ToolCommandLines(const QString& database) {
     QStringList lines;
     for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         QFile file(QStringLiteral("/proc/%1/cmdline").arg(pid));
         if (file.open(QIODevice::ReadOnly)) {
             const QString line = QString::fromUtf8(file.readAll().replace('\0', ' '));
-            if (line.startsWith(qEnvironmentVariable("MORVENA_TOOL"))) {
+            if (line.startsWith(qEnvironmentVariable("MORVENA_TOOL")) && line.contains(database)) {
                 lines << line.trimmed();
             }
         }
@@ -140,7 +141,7 @@ private Q_SLOTS:
         }
         QVERIFY2(shown.contains(prompt), shown.constData());
 
-        const QStringList lines = ToolCommandLines();
+        const QStringList lines = ToolCommandLines(target);
         QCOMPARE(lines.size(), 1);
         QCOMPARE(lines[0],
                  QStringLiteral("%1 copy postgresql://%2:%3@%4/%5 %6")
