@@ -28,6 +28,7 @@ const QList<Room> Rooms{
     {"core/database", "core/database/modDatabase.h", "morvena_database"},
     {"core/startup", "core/startup/Startup.h", "morvena_startup"},
     {"collection", "collection/CollectionCopy.h", "morvena_collection"},
+    {"exchange", "exchange/ExchangeRecipe.h", "morvena_exchange"},
     {"display", "display/modDisplay.h", "morvena_display"},
     {"about", "about/frmAbout.h", "morvena_about"},
     {"settings", "settings/frmSettings.h", "morvena_settings"},
