@@ -1,12 +1,14 @@
 #include "tests/support/TestDatabase.h"
 
 #include <libpq-fe.h>
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QHash>
 #include <QTemporaryDir>
 #include <QTest>
+#include <map>
+#include <memory>
 
 #include "core/database/Recordset.h"
 #include "core/database/Schema.h"
@@ -31,9 +33,10 @@ bool g_serverDatabaseCreated = false;
 
 // A connection of the tests' own to the tests' server, outside the program's connections.
 PGconn* AdminConnection(const QString& database) {
-    static QHash<QString, PGconn*> open;
-    if (PGconn* kept = open.value(database)) {
-        return kept;
+    // Kept open for the whole run and closed at its end.
+    static std::map<QString, std::unique_ptr<PGconn, decltype(&PQfinish)>> open;
+    if (const auto kept = open.find(database); kept != open.end()) {
+        return kept->second.get();
     }
     const QString server = PostgresServer();
     const QByteArray host = server.section(QLatin1Char(':'), 0, 0).toUtf8();
@@ -51,7 +54,7 @@ PGconn* AdminConnection(const QString& database) {
     }
     PQsetNoticeProcessor(
         db, [](void*, const char*) {}, nullptr);
-    open.insert(database, db);
+    open.emplace(database, std::unique_ptr<PGconn, decltype(&PQfinish)>(db, &PQfinish));
     return db;
 }
 
