@@ -74,8 +74,9 @@ public:
         sqlite3_finalize(m_statement);
         m_statement = nullptr;
         const char* tail = nullptr;
-        if (sqlite3_prepare_v2(m_db, sql.constData(), static_cast<int>(sql.size()), &m_statement,
-                               &tail) != SQLITE_OK) {
+        // With its terminating zero the text is not copied.
+        if (sqlite3_prepare_v2(m_db, sql.constData(), static_cast<int>(sql.size()) + 1,
+                               &m_statement, &tail) != SQLITE_OK) {
             failure = FailureOf(m_db);
             return false;
         }
@@ -192,7 +193,9 @@ private:
 
 std::shared_ptr<SqliteSession> SqliteSession::Open(const QString& uri, SqlFailure& failure) {
     sqlite3* db = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI;
+    // One connection is used by one thread at a time: no lock around every call.
+    const int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(uri.toUtf8().constData(), &db, flags, nullptr) != SQLITE_OK) {
         failure = db ? FailureOf(db) : SqlFailure{SQLITE_NOMEM, QStringLiteral("out of memory")};
         sqlite3_close_v2(db);
