@@ -12,6 +12,7 @@ namespace Exchange {
 
 // The lines of a text file of any size, read from a device a block at a time (a file is never
 // held whole), as text. Lines end with CR LF, LF or CR. A UTF-8 byte order mark is left out.
+// The device is at its end when a read gives nothing (a file or a buffer, not a socket).
 //
 // The encoding is the one given, or found: the first block with a byte above 0x7F decides, as
 // UTF-8 when the block is UTF-8 throughout, otherwise as the single-byte code page that
