@@ -18,7 +18,7 @@
 //   apart and the line rebuilt as "1.5 cups flour";
 // - "-- ..." to the end of its line and "[- ... -]" are comments; a line "> ..." is a note,
 //   kept as text of its step;
-// - the title comes from the metadata, else from the file's name without ".cook".
+// - the title comes from the metadata, else from the file's name without its extension.
 namespace Exchange::CooklangFormat {
 
 // `fileName` is the file's name or path, for the title of a recipe whose metadata has none.
