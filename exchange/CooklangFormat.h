@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include "exchange/ExchangeRecipe.h"
+
+// Cooklang recipes (.cook): one recipe a file, its steps written as text with marks for
+// ingredients, cookware and timers (see CooklangStep), its metadata in a front matter or in
+// ">> key: value" lines (see CooklangMetadata).
+//
+// How a file is read:
+// - a paragraph (lines up to an empty line) is one step; its lines are joined with a blank and
+//   runs of blanks made one;
+// - "= Title" or "== Title ==" starts a section; steps before the first one form an untitled
+//   section;
+// - each step's ingredients are lines of its section, in order, amount, unit and name kept
+//   apart and the line rebuilt as "1.5 cups flour";
+// - "-- ..." to the end of its line and "[- ... -]" are comments; a line "> ..." is a note,
+//   kept as text of its step;
+// - the title comes from the metadata, else from the file's name without its extension.
+namespace Exchange::CooklangFormat {
+
+// `fileName` is the file's name or path, for the title of a recipe whose metadata has none.
+// A file without steps and metadata counts as one part that is no recipe.
+void Read(const QByteArray& data, const QString& fileName, const RecipeSink& sink,
+          FileNotes& notes);
+
+}  // namespace Exchange::CooklangFormat
