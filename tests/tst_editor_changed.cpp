@@ -19,7 +19,6 @@ using namespace EditorDriver;
 
 namespace {
 
-const QString AskSave = QStringLiteral("36 Ali res želite shraniti recept?");
 const QString AskChanged = QStringLiteral(
     "36 Recept je medtem spremenil nekdo drug. Ali ga želite kljub temu shraniti in prepisati te "
     "spremembe?");
@@ -34,17 +33,6 @@ QStringList RecipeRows(qint32 recipeID) {
                                "[Section].instructions FROM [RecipeSection] INNER JOIN [Section] "
                                "ON [RecipeSection].sectionID = [Section].sectionID WHERE "
                                "[RecipeSection].recipeID = %1 ORDER BY [RecipeSection].place;")
-                    .arg(recipeID));
-}
-
-// A recipe's ingredient lines as "place|amount|unitID|ingredientID".
-QStringList LineRows(qint32 recipeID) {
-    return Rows(QStringLiteral("SELECT [RecipeSection].place, [SectionIngredient].amount, "
-                               "[SectionIngredient].unitID, [SectionIngredient].ingredientID FROM "
-                               "[RecipeSection] INNER JOIN [SectionIngredient] ON "
-                               "[RecipeSection].sectionID = [SectionIngredient].sectionID WHERE "
-                               "[RecipeSection].recipeID = %1 ORDER BY [RecipeSection].place, "
-                               "[SectionIngredient].sectionIngredientID;")
                     .arg(recipeID));
 }
 

@@ -22,32 +22,6 @@ using TestDatabase::Rows;
 
 using namespace EditorDriver;
 
-namespace {
-
-// A recipe's sections as "title|instructions|place", in place order.
-QStringList SectionRows(qint32 recipeID) {
-    return Rows(QStringLiteral("SELECT [Section].title, [Section].instructions, "
-                               "[RecipeSection].place FROM [RecipeSection] INNER JOIN [Section] "
-                               "ON [RecipeSection].sectionID = [Section].sectionID WHERE "
-                               "[RecipeSection].recipeID = %1 ORDER BY [RecipeSection].place;")
-                    .arg(recipeID));
-}
-
-// A recipe's ingredient lines as "place|amount|unitID|ingredientID", by place and line key.
-QStringList LineRows(qint32 recipeID) {
-    return Rows(QStringLiteral("SELECT [RecipeSection].place, [SectionIngredient].amount, "
-                               "[SectionIngredient].unitID, [SectionIngredient].ingredientID FROM "
-                               "[RecipeSection] INNER JOIN [SectionIngredient] ON "
-                               "[RecipeSection].sectionID = [SectionIngredient].sectionID WHERE "
-                               "[RecipeSection].recipeID = %1 ORDER BY [RecipeSection].place, "
-                               "[SectionIngredient].sectionIngredientID;")
-                    .arg(recipeID));
-}
-
-const QString AskSave = QStringLiteral("36 Ali res želite shraniti recept?");
-
-}  // namespace
-
 class TestEditorSaveFailure : public QObject {
     Q_OBJECT
 

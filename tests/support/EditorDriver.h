@@ -19,6 +19,7 @@
 #include "core/ui/UiServices.h"
 #include "editor/frmNew.h"
 #include "tests/support/MessageRecorder.h"
+#include "tests/support/TestDatabase.h"
 
 namespace EditorDriver {
 
@@ -254,6 +255,31 @@ inline void PickSection(const QString& key) {
         QVERIFY2(node, qPrintable(key));
         DoubleClickEntry(tree, node);
     });
+}
+
+// The editor's question before it saves, as the message recorder writes it.
+inline const QString AskSave = QStringLiteral("36 Ali res želite shraniti recept?");
+
+// A saved recipe's sections as "title|instructions|place", in place order.
+inline QStringList SectionRows(qint32 recipeID) {
+    return TestDatabase::Rows(
+        QStringLiteral("SELECT [Section].title, [Section].instructions, [RecipeSection].place "
+                       "FROM [RecipeSection] INNER JOIN [Section] ON [RecipeSection].sectionID = "
+                       "[Section].sectionID WHERE [RecipeSection].recipeID = %1 ORDER BY "
+                       "[RecipeSection].place;")
+            .arg(recipeID));
+}
+
+// A saved recipe's ingredient lines as "place|amount|unitID|ingredientID", by place and key.
+inline QStringList LineRows(qint32 recipeID) {
+    return TestDatabase::Rows(
+        QStringLiteral("SELECT [RecipeSection].place, [SectionIngredient].amount, "
+                       "[SectionIngredient].unitID, [SectionIngredient].ingredientID FROM "
+                       "[RecipeSection] INNER JOIN [SectionIngredient] ON "
+                       "[RecipeSection].sectionID = [SectionIngredient].sectionID WHERE "
+                       "[RecipeSection].recipeID = %1 ORDER BY [RecipeSection].place, "
+                       "[SectionIngredient].sectionIngredientID;")
+            .arg(recipeID));
 }
 
 }  // namespace EditorDriver
