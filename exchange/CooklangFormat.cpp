@@ -1,10 +1,12 @@
 #include "exchange/CooklangFormat.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include "exchange/CooklangMetadata.h"
 #include "exchange/CooklangStep.h"
+#include "exchange/TextEncoding.h"
 
 namespace Exchange::CooklangFormat {
 namespace {
@@ -13,8 +15,10 @@ namespace {
 struct Reading {
     Recipe recipe;
     CooklangMetadata::Values metadata;
-    QStringList stepText;   // the lines of the paragraph being read
-    QList<Line> stepLines;  // its ingredients
+    QStringList stepText;    // the lines of the paragraph being read
+    QList<Line> stepLines;   // its ingredients
+    int paragraphLines = 0;  // its lines, comments too
+    bool onlyMarks = true;   // every line of it is one ingredient mark alone, or a comment
 };
 
 // The text without its block comments "[- ... -]"; the line breaks inside one stay, so that
@@ -71,8 +75,15 @@ Section& CurrentSection(Reading& reading) {
     return reading.recipe.sections.last();
 }
 
+// A paragraph of two lines or more, each an ingredient mark alone or a comment, lists
+// ingredients: it is no step of the method ("-- sestavine", "@flour{200%g}", "@salt").
+bool IsIngredientList(const Reading& reading) {
+    return reading.onlyMarks && reading.paragraphLines > 1 && !reading.stepLines.isEmpty();
+}
+
 void EndStep(Reading& reading) {
-    const QString step = reading.stepText.join(u' ').simplified();
+    const QString step =
+        IsIngredientList(reading) ? QString() : reading.stepText.join(u' ').simplified();
     if (!step.isEmpty() || !reading.stepLines.isEmpty()) {
         Section& section = CurrentSection(reading);
         if (!step.isEmpty()) {
@@ -82,6 +93,8 @@ void EndStep(Reading& reading) {
     }
     reading.stepText.clear();
     reading.stepLines.clear();
+    reading.paragraphLines = 0;
+    reading.onlyMarks = true;
 }
 
 void StartSection(Reading& reading, const QString& line) {
@@ -100,20 +113,32 @@ void StartSection(Reading& reading, const QString& line) {
     reading.recipe.sections.last().title = title.trimmed();
 }
 
+void ReadStepLine(Reading& reading, const QString& line) {
+    const CooklangStep::ReadLine read = CooklangStep::Read(line);
+    reading.stepText.append(read.text);
+    reading.stepLines += read.ingredients;
+    reading.onlyMarks = reading.onlyMarks && read.ingredients.size() == 1 &&
+                        line.trimmed().startsWith(u'@') &&
+                        read.text.trimmed() == read.ingredients.first().ingredient;
+}
+
 void ReadBodyLine(Reading& reading, const QString& line) {
     const QString trimmed = line.trimmed();
+    const bool comment = !trimmed.isEmpty() && WithoutComment(line).trimmed().isEmpty();
     if (trimmed.isEmpty()) {
         EndStep(reading);
     } else if (trimmed.startsWith(QLatin1String(">>"))) {
         CooklangMetadata::ReadLine(trimmed.mid(2), reading.metadata);
     } else if (trimmed.startsWith(u'>')) {
         reading.stepText.append(WithoutComment(trimmed.mid(1)));
+        reading.onlyMarks = false;
     } else if (trimmed.startsWith(u'=')) {
         StartSection(reading, WithoutComment(trimmed));
-    } else if (!WithoutComment(line).trimmed().isEmpty()) {
-        const CooklangStep::ReadLine read = CooklangStep::Read(WithoutComment(line));
-        reading.stepText.append(read.text);
-        reading.stepLines += read.ingredients;
+    } else if (comment) {
+        ++reading.paragraphLines;
+    } else {
+        ++reading.paragraphLines;
+        ReadStepLine(reading, WithoutComment(line));
     }
 }
 
@@ -128,6 +153,17 @@ void DropEmptySections(Recipe& recipe) {
 }
 
 }  // namespace
+
+bool Recognizes(const QByteArray& data) {
+    static const QRegularExpression mark(
+        QStringLiteral(
+            "(^|\\s)@[\\p{L}\\p{N}_][^\\n]*|^>>\\s*[^:\\n]+:|\\A---\\s*\\n(.*\\n)*?title\\s*:"),
+        QRegularExpression::MultilineOption);
+    if (data.contains('\0') || !TextEncoding::IsUtf8(data)) {
+        return false;
+    }
+    return mark.match(QString::fromUtf8(data)).hasMatch();
+}
 
 void Read(const QByteArray& data, const QString& fileName, const RecipeSink& sink,
           FileNotes& notes) {

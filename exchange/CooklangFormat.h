@@ -21,6 +21,10 @@
 // - the title comes from the metadata, else from the file's name without its extension.
 namespace Exchange::CooklangFormat {
 
+// Whether UTF-8 text holds Cooklang: an ingredient mark ("@salt", "@sugar{2%tbsp}"), a
+// metadata line (">> servings: 2") or a front matter with a title.
+bool Recognizes(const QByteArray& data);
+
 // `fileName` is the file's name or path, for the title of a recipe whose metadata has none.
 // A file without steps and metadata counts as one part that is no recipe.
 void Read(const QByteArray& data, const QString& fileName, const RecipeSink& sink,

@@ -7,7 +7,9 @@
 #include "tools/ToolCheck.h"
 #include "tools/ToolCopy.h"
 #include "tools/ToolCreateDb.h"
+#include "tools/ToolExport.h"
 #include "tools/ToolGenerate.h"
+#include "tools/ToolImport.h"
 #include "tools/ToolPage.h"
 #include "tools/ToolPrint.h"
 #include "tools/ToolSearch.h"
@@ -82,6 +84,24 @@ const char* const HelpText =
     "      njeno stran in vse njene recepte v vrstnem redu drevesa, vsako stran na novem\n"
     "      listu; strani so oštevilčene čez vso knjigo. Brez --group in --type vse skupine.\n"
     "      Napredek izpisuje na standardni izhod za napake.\n"
+    "  import DATOTEKA... (--type ŠTEVILKA | --group IME --type IME) [--encoding KODIRANJE]\n"
+    "         [--dry-run] [--allow-duplicates] [--database ZBIRKA]\n"
+    "      Uvozi recepte iz datotek drugih programov v podskupino: MealMaster, MasterCook (MXP\n"
+    "      in MX2), RecipeML, Cooklang ter shranjene spletne strani in datoteke JSON z recepti\n"
+    "      schema.org. Obliko prepozna po vsebini. Podskupino poda njena številka ali ime\n"
+    "      skupine in podskupine (ki ju ustvari, če ju še ni; velikost črk ni pomembna).\n"
+    "      Enote, sestavine in vire poišče po imenu in doda le manjkajoče. Vsak recept zapiše v\n"
+    "      svoji transakciji; recepta z enakim naslovom in sestavinami, kot ga zbirka že ima,\n"
+    "      ne uvozi (razen z --allow-duplicates). Vrstico brez količine ali neprebrano vrstico\n"
+    "      zapiše na začetek postopka, kot je zapisana v datoteki. --encoding poda kodiranje\n"
+    "      besedilnih datotek (UTF-8, CP437, windows-1250, windows-1252, ISO-8859-1); sicer ga\n"
+    "      razbere iz vsebine. Izpiše poročilo za vsako datoteko; z --dry-run le poročilo, brez\n"
+    "      pisanja v zbirko. Izhodna koda 1, če katere datoteke ni mogel prebrati.\n"
+    "  export --format mealmaster|schema|cooklang [--recipe ŠTEVILKA | --type ŠTEVILKA |\n"
+    "         --group ŠTEVILKA] [--database ZBIRKA] IZHOD\n"
+    "      Zapiše recepte (vse, enega, podskupino ali skupino) za druge programe: mealmaster\n"
+    "      vse v eno datoteko MealMaster (UTF-8), schema v eno datoteko JSON s seznamom\n"
+    "      receptov schema.org, cooklang vsak recept v svojo datoteko .cook v mapi IZHOD.\n"
     "  --help\n"
     "      Izpiše to pomoč.\n"
     "\n"
@@ -121,6 +141,8 @@ Command Named(const QString& name) {
         {QStringLiteral("check"), Check},
         {QStringLiteral("print"), WithoutOutput<Print>},
         {QStringLiteral("book"), WithoutOutput<Book>},
+        {QStringLiteral("import"), Import},
+        {QStringLiteral("export"), Export},
     };
     return commands.value(name, nullptr);
 }

@@ -1,5 +1,6 @@
 // tools/: morvena-tool, one file pair per command, over the rooms that need no window.
-// May use: collection, display, search (its query only), core/startup, core/database, core.
+// May use: collection, display, search (its query only), exchange, core/startup, core/database,
+// core.
 #pragma once
 
 #include <QStringList>

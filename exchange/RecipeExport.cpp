@@ -1,0 +1,114 @@
+#include "exchange/RecipeExport.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QSet>
+#include <memory>
+
+#include "core/AppError.h"
+#include "exchange/CooklangWriter.h"
+#include "exchange/ExportFile.h"
+#include "exchange/MealMasterWriter.h"
+#include "exchange/SchemaOrgWriter.h"
+
+namespace Exchange {
+namespace {
+
+// A Cooklang file's name that no earlier recipe of the export took.
+QString FreeName(QSet<QString>& taken, const Recipe& recipe) {
+    const QString name = CooklangWriter::FileName(recipe);
+    QString free = name;
+    for (int n = 2; taken.contains(free.toCaseFolded()); ++n) {
+        free = name.chopped(5) + QStringLiteral(" (%1).cook").arg(n);
+    }
+    taken.insert(free.toCaseFolded());
+    return free;
+}
+
+// Writes each recipe as the format does, into one file or a file each.
+class Writing {
+public:
+    Writing(ExportFormat format, const QString& output) : m_format(format), m_output(output) {
+        if (format == ExportFormat::Cooklang) {
+            if (!QDir().mkpath(output)) {
+                ErrorPath::Raise(AppError::PassedOn,
+                                 QStringLiteral("Mape %1 ni mogoče ustvariti.").arg(output));
+            }
+            return;
+        }
+        m_file = std::make_unique<ExportFile>(output);
+        if (format == ExportFormat::SchemaOrg) {
+            m_file->Write("[\n");
+        }
+    }
+
+    void Add(const Recipe& recipe) {
+        switch (m_format) {
+            case ExportFormat::MealMaster:
+                m_file->Write(MealMasterWriter::Write(recipe).toUtf8());
+                break;
+            case ExportFormat::SchemaOrg:
+                m_file->Write((m_count > 0 ? QByteArray(",\n") : QByteArray()) +
+                              QJsonDocument(SchemaOrgWriter::Write(recipe))
+                                  .toJson(QJsonDocument::Indented)
+                                  .trimmed());
+                break;
+            case ExportFormat::Cooklang: {
+                ExportFile file(QDir(m_output).filePath(FreeName(m_taken, recipe)));
+                file.Write(CooklangWriter::Write(recipe).toUtf8());
+                file.Commit();
+                break;
+            }
+        }
+        ++m_count;
+    }
+
+    void Finish() {
+        if (m_format == ExportFormat::SchemaOrg) {
+            m_file->Write("\n]\n");
+        }
+        if (m_file) {
+            m_file->Commit();
+        }
+    }
+
+private:
+    ExportFormat m_format;
+    QString m_output;
+    std::unique_ptr<ExportFile> m_file;
+    QSet<QString> m_taken;
+    int m_count = 0;
+};
+
+}  // namespace
+
+bool ExportFormatNamed(const QString& name, ExportFormat& format) {
+    static const QHash<QString, ExportFormat> formats{
+        {QStringLiteral("mealmaster"), ExportFormat::MealMaster},
+        {QStringLiteral("schema"), ExportFormat::SchemaOrg},
+        {QStringLiteral("cooklang"), ExportFormat::Cooklang},
+    };
+    if (!formats.contains(name.toLower())) {
+        return false;
+    }
+    format = formats.value(name.toLower());
+    return true;
+}
+
+int ExportRecipes(modDatabase::DbConnection& connection, const RecipeScope& scope,
+                  ExportFormat format, const QString& output,
+                  const std::function<void(int done, int total)>& progress) {
+    Writing writing(format, output);
+    const QList<qint32> keys = RecipeKeys(connection, scope);
+    int done = 0;
+    ReadRecipes(connection, keys, [&](Recipe&& recipe) {
+        writing.Add(recipe);
+        if (progress) {
+            progress(++done, static_cast<int>(keys.size()));
+        }
+    });
+    writing.Finish();
+    return static_cast<int>(keys.size());
+}
+
+}  // namespace Exchange

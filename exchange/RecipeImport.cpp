@@ -1,0 +1,68 @@
+#include "exchange/RecipeImport.h"
+
+#include "core/AppError.h"
+#include "exchange/CollectionImport.h"
+#include "exchange/RecipeFiles.h"
+
+namespace Exchange {
+namespace {
+
+// The end of an import that the progress asked for.
+struct Stopped {};
+
+void Count(FileReport& file, const CollectionImport::Result& result) {
+    ++file.found;
+    for (const LineNote& note : result.notes) {
+        file.lines.append({result.title, note});
+    }
+    switch (result.outcome) {
+        case CollectionImport::Outcome::Imported:
+            ++file.imported;
+            if (file.firstRecipeID == 0) {
+                file.firstRecipeID = result.recipeID;
+            }
+            break;
+        case CollectionImport::Outcome::Duplicate:
+            file.skipped.append({result.title, QStringLiteral("enak recept je že v zbirki")});
+            break;
+        case CollectionImport::Outcome::NoTitle:
+            file.skipped.append({QString(), QStringLiteral("recept nima naslova")});
+            break;
+    }
+}
+
+}  // namespace
+
+ImportReport ImportFiles(modDatabase::DbConnection& connection, const QStringList& paths,
+                         const ImportOptions& options, const ImportProgress& progress) {
+    ImportReport report;
+    report.dryRun = options.dryRun;
+    try {
+        CollectionImport import(connection, options.typeID, options.dryRun,
+                                options.allowDuplicates);
+        for (int index = 0; index < paths.size(); ++index) {
+            FileReport& file = report.files.emplace_back();
+            file.path = paths.at(index);
+            FileNotes notes;
+            file.failure = RecipeFiles::Read(
+                file.path, options.encoding,
+                [&](Recipe&& recipe) {
+                    Count(file, import.Import(recipe));
+                    if (progress && !progress(index, file.found)) {
+                        throw Stopped();
+                    }
+                },
+                notes, file.format);
+            file.problems = notes.problems;
+            file.notRecipes = notes.notRecipes;
+        }
+    } catch (const Stopped&) {
+        report.stopped = QStringLiteral("uvoz je bil prekinjen.");
+    } catch (...) {
+        const AppError error = ErrorPath::Current();
+        report.stopped = QStringLiteral("%1: %2").arg(error.Source(), error.Description());
+    }
+    return report;
+}
+
+}  // namespace Exchange
