@@ -117,16 +117,6 @@ void ReadBodyLine(Reading& reading, const QString& line) {
     }
 }
 
-void DropEmptySections(Recipe& recipe) {
-    QList<Section> kept;
-    for (const Section& section : recipe.sections) {
-        if (!section.lines.isEmpty() || !section.steps.isEmpty()) {
-            kept.append(section);
-        }
-    }
-    recipe.sections = kept;
-}
-
 }  // namespace
 
 void Read(const QByteArray& data, const QString& fileName, const RecipeSink& sink,
