@@ -142,16 +142,6 @@ void ReadBodyLine(Reading& reading, const QString& line) {
     }
 }
 
-void DropEmptySections(Recipe& recipe) {
-    QList<Section> kept;
-    for (const Section& section : recipe.sections) {
-        if (!section.lines.isEmpty() || !section.steps.isEmpty()) {
-            kept.append(section);
-        }
-    }
-    recipe.sections = kept;
-}
-
 }  // namespace
 
 bool Recognizes(const QByteArray& data) {

@@ -51,4 +51,32 @@ struct FileNotes {
 // The number of ingredient lines of all sections.
 int LineCount(const Recipe& recipe);
 
+// What the readers share in building a recipe.
+
+// A line of its parts, the original made of them: "1 c. shortening, softened".
+Line LineOfParts(const QString& amountText, const QString& unit, const QString& ingredient,
+                 const QString& preparation);
+
+// The recipe's last section; an untitled one is added first when it has none.
+Section& LastSection(Recipe& recipe);
+
+// Leaves out the sections that have neither lines nor steps.
+void DropEmptySections(Recipe& recipe);
+
+// Adds a method written for the whole recipe to its last section, the one it follows, after the
+// sections left with nothing are dropped (an untitled one is added when none is left).
+void AddMethod(Recipe& recipe, const QStringList& steps);
+
+// The paragraphs of a text: its lines up to a blank line, each line trimmed and the lines of a
+// paragraph joined with a blank. A text without a line break is one paragraph, itself trimmed.
+QStringList Paragraphs(const QString& text);
+
+// The paragraphs of a text joined with a blank: a text written on lines as one.
+QString OneLine(const QString& text);
+
+// Hands a recipe that has been read to `sink`, without its empty sections. A recipe without a
+// title is counted as a part that is no recipe and named among the problems with `lineNumber`,
+// the line it starts on.
+void HandOver(Recipe&& recipe, int lineNumber, const RecipeSink& sink, FileNotes& notes);
+
 }  // namespace Exchange

@@ -89,7 +89,7 @@ private:
         m_sources.clear();
         m_recipe.source = sources.join(QStringLiteral("; "));
         SplitPreparations();
-        DropEmptySections();
+        DropEmptySections(m_recipe);
         m_place = Place::Outside;
         if (m_recipe.title.isEmpty()) {
             ++m_notes.notRecipes;
@@ -248,12 +248,6 @@ private:
         }
     }
 
-    void DropEmptySections() {
-        m_recipe.sections.removeIf([](const Section& section) {
-            return section.lines.isEmpty() && section.steps.isEmpty();
-        });
-    }
-
     const RecipeSink& m_sink;
     FileNotes& m_notes;
     Place m_place = Place::Outside;
@@ -266,17 +260,6 @@ private:
     QString m_sourceStart;    // the source named by the paragraph's first line, if it names one
     QList<SourceParagraph> m_sources;  // source paragraphs after the last method text
 };
-
-std::optional<Encoding> GivenEncoding(const QString& name) {
-    Encoding encoding = Encoding::Utf8;
-    if (name.isEmpty()) {
-        return std::nullopt;
-    }
-    if (!TextEncoding::FromName(name, encoding)) {
-        ErrorPath::Raise(5, QStringLiteral("Unknown encoding %1").arg(name));
-    }
-    return encoding;
-}
 
 }  // namespace
 
@@ -297,7 +280,7 @@ bool Recognizes(QByteArrayView start) {
 
 void Read(QIODevice& device, const RecipeSink& sink, FileNotes& notes, const QString& encoding) {
     ErrorPath::PassOn("MealMasterFormat:Read", [&] {
-        LineReader lines(device, GivenEncoding(encoding), Encoding::Cp437);
+        LineReader lines(device, TextEncoding::Given(encoding), Encoding::Cp437);
         RecipeReader reader(sink, notes);
         QString line;
         while (lines.Next(line)) {

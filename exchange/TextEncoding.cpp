@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "core/AppError.h"
 #include "core/Windows1250.h"
 
 namespace Exchange::TextEncoding {
@@ -122,6 +123,17 @@ bool FromName(const QString& name, Encoding& encoding) {
         }
     }
     return false;
+}
+
+std::optional<Encoding> Given(const QString& name) {
+    Encoding encoding = Encoding::Utf8;
+    if (name.isEmpty()) {
+        return std::nullopt;
+    }
+    if (!FromName(name, encoding)) {
+        ErrorPath::Raise(5, QStringLiteral("Unknown encoding %1").arg(name));
+    }
+    return encoding;
 }
 
 QString Name(Encoding encoding) {

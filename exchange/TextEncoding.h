@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
+#include <optional>
 
 namespace Exchange {
 
@@ -16,6 +17,9 @@ namespace TextEncoding {
 // "437", "windows-1250", "cp1250", "windows-1252", "cp1252", "ISO-8859-1", "latin1". False when
 // the name is none of them.
 bool FromName(const QString& name, Encoding& encoding);
+// The encoding a caller names, as FromName reads the name; none for an empty name. A name that
+// FromName does not know raises an error.
+std::optional<Encoding> Given(const QString& name);
 // The name of an encoding as FromName takes it ("UTF-8", "CP437", "windows-1250", ...).
 QString Name(Encoding encoding);
 
