@@ -15,10 +15,10 @@ namespace {
 struct Reading {
     Recipe recipe;
     CooklangMetadata::Values metadata;
-    QStringList stepText;    // the lines of the paragraph being read
-    QList<Line> stepLines;   // its ingredients
-    int paragraphLines = 0;  // its lines, comments too
-    bool onlyMarks = true;   // every line of it is one ingredient mark alone, or a comment
+    QStringList stepText;   // the lines of the paragraph being read
+    QList<Line> stepLines;  // its ingredients
+    bool listed = false;    // it starts with the comment "-- sestavine" or "-- ingredients"
+    bool onlyMarks = true;  // every other line of it is one ingredient mark alone
 };
 
 // The text without its block comments "[- ... -]"; the line breaks inside one stay, so that
@@ -75,10 +75,17 @@ Section& CurrentSection(Reading& reading) {
     return reading.recipe.sections.last();
 }
 
-// A paragraph of two lines or more, each an ingredient mark alone or a comment, lists
-// ingredients: it is no step of the method ("-- sestavine", "@flour{200%g}", "@salt").
+// A paragraph that starts with the comment "-- sestavine" (or "-- ingredients") and has an
+// ingredient mark alone on each other line lists ingredients: it is no step of the method.
 bool IsIngredientList(const Reading& reading) {
-    return reading.onlyMarks && reading.paragraphLines > 1 && !reading.stepLines.isEmpty();
+    return reading.listed && reading.onlyMarks && !reading.stepLines.isEmpty();
+}
+
+bool IsListHeading(const QString& trimmed) {
+    const QString words = trimmed.mid(2).trimmed();
+    return trimmed.startsWith(QLatin1String("--")) &&
+           (words.compare(QLatin1String("sestavine"), Qt::CaseInsensitive) == 0 ||
+            words.compare(QLatin1String("ingredients"), Qt::CaseInsensitive) == 0);
 }
 
 void EndStep(Reading& reading) {
@@ -93,7 +100,7 @@ void EndStep(Reading& reading) {
     }
     reading.stepText.clear();
     reading.stepLines.clear();
-    reading.paragraphLines = 0;
+    reading.listed = false;
     reading.onlyMarks = true;
 }
 
@@ -135,9 +142,8 @@ void ReadBodyLine(Reading& reading, const QString& line) {
     } else if (trimmed.startsWith(u'=')) {
         StartSection(reading, WithoutComment(trimmed));
     } else if (comment) {
-        ++reading.paragraphLines;
+        reading.listed = reading.listed || (reading.stepText.isEmpty() && IsListHeading(trimmed));
     } else {
-        ++reading.paragraphLines;
         ReadStepLine(reading, WithoutComment(line));
     }
 }

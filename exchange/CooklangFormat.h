@@ -16,6 +16,9 @@
 //   section;
 // - each step's ingredients are lines of its section, in order, amount, unit and name kept
 //   apart and the line rebuilt as "1.5 cups flour";
+// - a paragraph that starts with the comment "-- sestavine" (or "-- ingredients") and holds an
+//   ingredient mark alone on each other line is a list of the section's ingredients, no step
+//   (Morvena writes a section's ingredients so);
 // - "-- ..." to the end of its line and "[- ... -]" are comments; a line "> ..." is a note,
 //   kept as text of its step;
 // - the title comes from the metadata, else from the file's name without its extension.

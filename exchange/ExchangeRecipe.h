@@ -1,6 +1,6 @@
 // exchange/: recipes in the files of other programs (MealMaster, MasterCook, RecipeML, Cooklang,
 // schema.org pages): read into one model, mapped onto the collection, written out again.
-// May use: core.
+// May use: core/database, core.
 #pragma once
 
 #include <QList>

@@ -4,7 +4,10 @@
 #include <QFileInfo>
 
 #include "exchange/CooklangFormat.h"
+#include "exchange/MasterCookTextFormat.h"
+#include "exchange/MasterCookXmlFormat.h"
 #include "exchange/MealMasterFormat.h"
+#include "exchange/RecipeMlFormat.h"
 #include "exchange/SchemaOrgFormat.h"
 
 namespace Exchange::RecipeFiles {
@@ -14,6 +17,9 @@ namespace {
 constexpr qint64 StartSize = 64 * 1024;
 
 const QString MealMaster = QStringLiteral("MealMaster");
+const QString MasterCookText = QStringLiteral("MasterCook MXP");
+const QString MasterCookXml = QStringLiteral("MasterCook MX2");
+const QString RecipeMl = QStringLiteral("RecipeML");
 const QString WebPage = QStringLiteral("spletna stran ali JSON (schema.org)");
 const QString Cooklang = QStringLiteral("Cooklang");
 
@@ -22,6 +28,15 @@ const QString Cooklang = QStringLiteral("Cooklang");
 QString FormatOf(const QByteArray& data) {
     if (MealMasterFormat::Recognizes(data)) {
         return MealMaster;
+    }
+    if (MasterCookTextFormat::Recognizes(data)) {
+        return MasterCookText;
+    }
+    if (MasterCookXmlFormat::Recognizes(data)) {
+        return MasterCookXml;
+    }
+    if (RecipeMlFormat::Recognizes(data)) {
+        return RecipeMl;
     }
     if (SchemaOrgFormat::Recognises(data)) {
         return WebPage;
@@ -52,7 +67,13 @@ QString Read(const QString& path, const QString& encoding, const RecipeSink& sin
     }
     const QByteArray data = file.readAll();
     format = FormatOf(data);
-    if (format == WebPage) {
+    if (format == MasterCookText) {
+        MasterCookTextFormat::Read(data, sink, notes, encoding);
+    } else if (format == MasterCookXml) {
+        MasterCookXmlFormat::Read(data, sink, notes);
+    } else if (format == RecipeMl) {
+        RecipeMlFormat::Read(data, sink, notes);
+    } else if (format == WebPage) {
         SchemaOrgFormat::Read(data, sink, notes);
     } else if (format == Cooklang) {
         CooklangFormat::Read(data, path, sink, notes);

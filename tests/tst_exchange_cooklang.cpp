@@ -314,6 +314,18 @@ private Q_SLOTS:
                  QStringLiteral("Zero step is cook corn beef. Put into a large pan and simmer for "
                                 "2 hours."));
     }
+
+    // A section's ingredients as Morvena writes them: a list headed by a comment, no step.
+    void anIngredientListIsNoStep() {
+        const Recipe recipe = ReadOne(
+            "== Testo ==\n\n-- sestavine\n@moka{20%dag}\n@trdi sir{1.5%kg}\n\nZamesimo.\n\n"
+            "-- Ingredients\n@sol{1%ščepec}\n\n-- drugo\n@sol{1}\n@poper\n");
+        QCOMPARE(recipe.sections.size(), 1);
+        QCOMPARE(recipe.sections.first().title, QStringLiteral("Testo"));
+        QCOMPARE(Originals(recipe.sections.first().lines),
+                 (QStringList{"20 dag moka", "1.5 kg trdi sir", "1 ščepec sol", "1 sol", "poper"}));
+        QCOMPARE(recipe.sections.first().steps, (QStringList{"Zamesimo.", "sol poper"}));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestExchangeCooklang)
