@@ -95,6 +95,18 @@ bool ExportFormatNamed(const QString& name, ExportFormat& format) {
     return true;
 }
 
+ExportFormat ExportFormatOfFile(const QString& fileName, QString& output) {
+    output = fileName;
+    if (fileName.endsWith(QLatin1String(".json"), Qt::CaseInsensitive)) {
+        return ExportFormat::SchemaOrg;
+    }
+    if (fileName.endsWith(QLatin1String(".cook"), Qt::CaseInsensitive)) {
+        output.chop(5);
+        return ExportFormat::Cooklang;
+    }
+    return ExportFormat::MealMaster;
+}
+
 int ExportRecipes(modDatabase::DbConnection& connection, const RecipeScope& scope,
                   ExportFormat format, const QString& output,
                   const std::function<void(int done, int total)>& progress) {

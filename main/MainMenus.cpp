@@ -53,6 +53,11 @@ void MainMenus::Build(QMainWindow* window) {
         AddItem(mnuDocument, "mnuDocumentPrint", QStringLiteral("Na&tisni recept..."),
                 QKeySequence(QStringLiteral("Ctrl+P")));
     AddBar(mnuDocument, "mnuDocumentBar1");
+    mnuDocumentImport =
+        AddItem(mnuDocument, "mnuDocumentImport", QStringLiteral("Uvo&zi recepte..."));
+    mnuDocumentExport =
+        AddItem(mnuDocument, "mnuDocumentExport", QStringLiteral("Iz&vozi recepte..."));
+    AddBar(mnuDocument, "mnuDocumentBar2");
     mnuDocumentQuit = AddItem(mnuDocument, "mnuDocumentQuit", QStringLiteral("&Izhod"),
                               QKeySequence(QStringLiteral("Ctrl+Q")));
 

@@ -15,6 +15,8 @@ struct MainMenus {
     QAction* mnuDocumentEdit = nullptr;
     QAction* mnuDocumentDelete = nullptr;
     QAction* mnuDocumentPrint = nullptr;
+    QAction* mnuDocumentImport = nullptr;
+    QAction* mnuDocumentExport = nullptr;
     QAction* mnuDocumentQuit = nullptr;
 
     QMenu* mnuEdit = nullptr;

@@ -115,6 +115,8 @@ void frmMain::ConnectCommands() {
     on(menus.mnuDocumentDelete, &frmMain::mnuDocumentDelete_Click);
     on(menus.mnuDocumentPrint, &frmMain::mnuDocumentPrint_Click);
     on(menus.mnuDocumentQuit, &frmMain::mnuDocumentQuit_Click);
+    on(menus.mnuDocumentImport, &frmMain::mnuDocumentImport_Click);
+    on(menus.mnuDocumentExport, &frmMain::mnuDocumentExport_Click);
     on(menus.mnuEditGroupDelete, &frmMain::mnuEditGroupDelete_Click);
     on(menus.mnuEditTypeDelete, &frmMain::mnuEditTypeDelete_Click);
     on(menus.mnuToolsSettings, &frmMain::mnuToolsSettings_Click);

@@ -1,5 +1,5 @@
 // main/: the main window, which opens every other window.
-// May use: about, settings, lists, search, editor, display, collection, core/startup,
+// May use: about, settings, lists, search, editor, display, collection, exchange, core/startup,
 // core/database, core/registry, core/ui, core.
 #pragma once
 
@@ -86,6 +86,9 @@ private:
     void mnuDocumentDelete_Click();
     void mnuDocumentPrint_Click();
     void mnuDocumentQuit_Click();
+    void mnuDocumentImport_Click();
+    void mnuDocumentExport_Click();
+    qint32 ImportType();
     void mnuEditGroupDelete_Click();
     void mnuEditTypeDelete_Click();
     void mnuToolsSettings_Click();

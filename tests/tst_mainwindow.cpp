@@ -167,6 +167,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("enabled");
         const QStringList always{"mnuDocumentNew",
                                  "mnuDocumentPrint",
+                                 "mnuDocumentImport",
+                                 "mnuDocumentExport",
                                  "mnuDocumentQuit",
                                  "mnuEditGroupNew",
                                  "mnuEditSources",
@@ -423,6 +425,9 @@ private Q_SLOTS:
                                      "  Iz&briši recept\tCtrl+D",
                                      "  -",
                                      "  Na&tisni recept...\tCtrl+P",
+                                     "  -",
+                                     "  Uvo&zi recepte...",
+                                     "  Iz&vozi recepte...",
                                      "  -",
                                      "  &Izhod\tCtrl+Q",
                                      "&Urejanje",

@@ -3,12 +3,17 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QProcess>
+#include <QPushButton>
 #include <QUrl>
+#include <QVBoxLayout>
 #include <QtPrintSupport/QPrintDialog>
 #include <cstdio>
 #include <cstdlib>
@@ -22,6 +27,8 @@ MsgBoxHandler g_msgBox;
 OpenerHandler g_opener;
 FileDialogHandler g_fileDialog;
 PrintDialogHandler g_printDialog;
+FilesDialogHandler g_filesDialog;
+ReportHandler g_report;
 EndProgramHandler g_endProgram;
 int g_mousePointer = vbDefault;
 
@@ -91,6 +98,36 @@ std::optional<QString> RealFileDialog(const FileDialogRequest& request) {
     return dialog.selectedFiles().first();
 }
 
+std::optional<QStringList> RealFilesDialog(const FileDialogRequest& request) {
+    QFileDialog dialog(request.parent, request.title, QFileInfo(request.initialFile).path(),
+                       QtFilter(request.filter));
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return std::nullopt;
+    }
+    return dialog.selectedFiles();
+}
+
+void RealReport(const QString& title, const QString& text, QWidget* parent) {
+    QDialog dialog(parent);
+    dialog.setObjectName(QStringLiteral("dlgReport"));
+    dialog.setWindowTitle(title);
+    auto* view = new QPlainTextEdit(text, &dialog);
+    view->setObjectName(QStringLiteral("txtReport"));
+    view->setReadOnly(true);
+    view->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
+    buttons->button(QDialogButtonBox::Close)->setText(QStringLiteral("Zapri"));
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(view);
+    layout->addWidget(buttons);
+    const QFontMetrics metrics(view->font());
+    dialog.resize(metrics.averageCharWidth() * 90, metrics.lineSpacing() * 24);
+    dialog.exec();
+}
+
 bool RealPrintDialog(QPrinter& printer, QWidget* parent) {
     QPrintDialog dialog(&printer, parent);
     return dialog.exec() == QDialog::Accepted;
@@ -149,6 +186,22 @@ bool ShowPrintDialog(QPrinter& printer, QWidget* parent) {
 }
 
 void SetPrintDialogHandler(PrintDialogHandler handler) { g_printDialog = std::move(handler); }
+
+std::optional<QStringList> ShowFilesDialog(const FileDialogRequest& request) {
+    return g_filesDialog ? g_filesDialog(request) : RealFilesDialog(request);
+}
+
+void SetFilesDialogHandler(FilesDialogHandler handler) { g_filesDialog = std::move(handler); }
+
+void ShowReport(const QString& title, const QString& text, QWidget* parent) {
+    if (g_report) {
+        g_report(title, text, parent);
+    } else {
+        RealReport(title, text, parent);
+    }
+}
+
+void SetReportHandler(ReportHandler handler) { g_report = std::move(handler); }
 
 void EndProgram() {
     if (g_endProgram) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <optional>
 
@@ -60,6 +61,18 @@ using FileDialogHandler = std::function<std::optional<QString>(const FileDialogR
 // Returns the chosen file name, or nothing when the user cancels.
 std::optional<QString> ShowFileDialog(const FileDialogRequest& request);
 void SetFileDialogHandler(FileDialogHandler handler);
+
+// The open dialog for several files: returns the chosen files, or nothing when the user cancels.
+using FilesDialogHandler = std::function<std::optional<QStringList>(const FileDialogRequest&)>;
+std::optional<QStringList> ShowFilesDialog(const FileDialogRequest& request);
+void SetFilesDialogHandler(FilesDialogHandler handler);
+
+// A long text for the user to read, such as a report: a window with the text, which can be
+// selected and copied, and a button that closes it.
+using ReportHandler =
+    std::function<void(const QString& title, const QString& text, QWidget* parent)>;
+void ShowReport(const QString& title, const QString& text, QWidget* parent);
+void SetReportHandler(ReportHandler handler);
 
 // The print dialog: returns false when the user cancels.
 using PrintDialogHandler = std::function<bool(QPrinter& printer, QWidget* parent)>;
