@@ -90,14 +90,20 @@ qint32 frmMain::ImportType() {
     }
     QStringList names;
     QList<qint32> keys;
+    QString first;  // the first subgroup of the group selected
     Recordset types = modDatabase::GetRecordset(QStringLiteral(
-        "SELECT [Type].typeID, [Group].name AS groupName, [Type].name AS typeName FROM [Type] "
+        "SELECT [Type].typeID, [Type].groupID, [Group].name AS groupName, [Type].name AS "
+        "typeName FROM [Type] "
         "INNER JOIN [Group] ON [Type].groupID = [Group].groupID ORDER BY [Group].name, "
         "[Type].name;"));
     for (; !types.Eof(); types.MoveNext()) {
         keys.append(types.Long(QStringLiteral("typeID")));
         names.append(types.Text(QStringLiteral("groupName")) + QStringLiteral(" – ") +
                      types.Text(QStringLiteral("typeName")));
+        if (first.isEmpty() && SelectedKind() == QLatin1String("G") &&
+            types.Long(QStringLiteral("groupID")) == SelectedID()) {
+            first = names.last();
+        }
     }
     types.Close();
     if (keys.isEmpty()) {
@@ -111,6 +117,7 @@ qint32 frmMain::ImportType() {
     dialog.setWindowTitle(QStringLiteral("Uvoz receptov"));
     dialog.setLabelText(QStringLiteral("Podskupina, v katero naj se recepti uvozijo:"));
     dialog.setComboBoxItems(names);
+    dialog.setTextValue(first.isEmpty() ? names.first() : first);
     dialog.setOkButtonText(QStringLiteral("Potrdi"));
     dialog.setCancelButtonText(QStringLiteral("Prekliči"));
     if (dialog.exec() != QDialog::Accepted) {
@@ -143,7 +150,7 @@ void frmMain::mnuDocumentExport_Click() {
         QString output;
         const Exchange::ExportFormat format = Exchange::ExportFormatOfFile(*file, output);
         Progress progress(this, QStringLiteral("Izvoz receptov"), 0);
-        progress.setCancelButton(nullptr);  // a file is written whole or not at all
+        progress.setCancelButton(nullptr);  // quick, and its files are renamed into place whole
         const int written = Exchange::ExportRecipes(OpenConnection(), scope, format, output,
                                                     [&](int done, int total) {
                                                         progress.setMaximum(total);

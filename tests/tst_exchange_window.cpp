@@ -134,19 +134,22 @@ private Q_SLOTS:
         Answers answers;
         answers.files = {WriteFile(QStringLiteral("juha.mmf"), Recipe)};
         QStringList offered;
+        QString proposed;
         const auto shown =
             DialogDriver::WhenShown(QStringLiteral("dlgImportType"), [&](QDialog* dialog) {
                 auto* input = qobject_cast<QInputDialog*>(dialog);
                 offered = input->comboBoxItems();
-                input->setTextValue(QStringLiteral("Sladice – Pecivo"));
+                proposed = input->textValue();
+                input->setTextValue(QStringLiteral("Juhe – Zelenjavne juhe"));
                 input->accept();
             });
-        Select(*window, QStringLiteral("G1"));
+        Select(*window, QStringLiteral("G2"));
         Trigger(*window, "mnuDocumentImport");
         QVERIFY(*shown);
+        QCOMPARE(proposed, QStringLiteral("Sladice – Pecivo"));  // of the group selected
         QCOMPARE(offered,
                  (QStringList{"Juhe – Mesne juhe", "Juhe – Zelenjavne juhe", "Sladice – Pecivo"}));
-        QCOMPARE(Rows("SELECT typeID FROM [Recipe] WHERE recipeID = 4"), QStringList{"3"});
+        QCOMPARE(Rows("SELECT typeID FROM [Recipe] WHERE recipeID = 4"), QStringList{"2"});
         QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
 
         // Cancelled: nothing is imported.
