@@ -8,7 +8,13 @@ namespace {
 QString Mark(const Line& line) {
     const QString amount =
         line.unit.isEmpty() ? line.amountText : line.amountText + QLatin1Char('%') + line.unit;
-    return QLatin1Char('@') + line.ingredient + QLatin1Char('{') + amount + QLatin1Char('}');
+    // A name ends at a comma in Cooklang: what follows it is the preparation, in parentheses.
+    const qsizetype comma = line.ingredient.indexOf(QLatin1Char(','));
+    const QString name = comma < 0 ? line.ingredient : line.ingredient.left(comma).trimmed();
+    const QString preparation =
+        comma < 0 ? QString()
+                  : QLatin1Char('(') + line.ingredient.mid(comma + 1).trimmed() + QLatin1Char(')');
+    return QLatin1Char('@') + name + QLatin1Char('{') + amount + QLatin1Char('}') + preparation;
 }
 
 void AddSection(QStringList& lines, const Section& section) {

@@ -74,6 +74,51 @@ QStringList Written(const QString& output) {
     return files;
 }
 
+qint32 Key(const QString& table, const QString& name) {
+    const QStringList keys =
+        Rows(QStringLiteral("SELECT %1ID FROM [%2] WHERE name = '%3'")
+                 .arg(table.toLower(), table, QString(name).replace("'", "''")));
+    return keys.isEmpty() ? TestDatabase::Insert(table, {{QStringLiteral("name"), name}})
+                          : keys.first().toInt();
+}
+
+// A recipe of two sections beside the sample's: amounts with decimals, units MealMaster has
+// no code for, names with a comma, quotes, an ampersand and signs a page escapes.
+void AddMeasuredRecipe() {
+    using TestDatabase::Insert;
+    const qint32 recipe = Insert(QStringLiteral("Recipe"),
+                                 {{QStringLiteral("typeID"), 1},
+                                  {QStringLiteral("sourceID"), Key("Source", "Iz zvezka")},
+                                  {QStringLiteral("title"), QStringLiteral("Mere & znaki")}});
+    const QList<std::pair<QString, QList<std::pair<QString, QString>>>> sections{
+        {QStringLiteral("Testo"),
+         {{"0.5", "skodelica|moka"},
+          {"1.25", "dl|mleko"},
+          {"0.333", "žlička|sol & poper"},
+          {"0.0625", "kg|sladkor"},
+          {"3", "dag|orehi, grobo sesekljani"}}},
+        {QStringLiteral("Nadev <in> \"preliv\""),
+         {{"2", "strok|česen"}, {"1.5", "kos|krompir \"O'Brien\""}, {"12", "g|kvas"}}},
+    };
+    int place = 0;
+    for (const auto& [title, lines] : sections) {
+        const qint32 section = Insert(
+            QStringLiteral("Section"),
+            {{QStringLiteral("title"), title},
+             {QStringLiteral("instructions"), QStringLiteral("Zmešamo.\r\nPečemo 20 minut.")}});
+        Insert(QStringLiteral("RecipeSection"), {{QStringLiteral("recipeID"), recipe},
+                                                 {QStringLiteral("sectionID"), section},
+                                                 {QStringLiteral("place"), ++place}});
+        for (const auto& [amount, names] : lines) {
+            Insert(QStringLiteral("SectionIngredient"),
+                   {{QStringLiteral("sectionID"), section},
+                    {QStringLiteral("unitID"), Key("Unit", names.section('|', 0, 0))},
+                    {QStringLiteral("ingredientID"), Key("Ingredient", names.section('|', 1))},
+                    {QStringLiteral("amount"), amount}});
+        }
+    }
+}
+
 }  // namespace
 
 class TestExchangeRoundTrip : public QObject {
@@ -97,6 +142,7 @@ private Q_SLOTS:
         QVERIFY(Exchange::ExportFormatNamed(format, exportFormat));
         TestDatabase::OpenFresh(TestDatabase::Sqlite);
         SampleDatabase::Load(SampleDatabase::BuiltInText());
+        AddMeasuredRecipe();
         const QList<Subgroup> subgroups = Subgroups();
         const auto pages = Pages();
         const QStringList lookups = Lookups();
