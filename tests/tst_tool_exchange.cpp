@@ -127,6 +127,41 @@ private Q_SLOTS:
         QCOMPARE(missing.err, QStringLiteral("Podskupine s številko 99 ni.\n"));
     }
 
+    // A link planted at the output's name is replaced by the file, never written through; so is
+    // one planted in the folder of a Cooklang export.
+    void anExportNeverWritesThroughALink() {
+        const QString db = Work(QStringLiteral("link.db"));
+        QFile::remove(db);
+        QCOMPARE(Tool({"create-db", "--sample", db}).exitCode, 0);
+        const QString victim = Work(QStringLiteral("victim.txt"));
+        QFile file(victim);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write("mine\n");
+        file.close();
+        const QString output = Work(QStringLiteral("out.mmf"));
+        QFile::remove(output);
+        QVERIFY(QFile::link(victim, output));
+        QCOMPARE(
+            Tool({"export", "--format", "mealmaster", "--recipe", "1", "--database", db, output})
+                .exitCode,
+            0);
+        QCOMPARE(FileBytes(victim), QByteArray("mine\n"));
+        QVERIFY(!QFileInfo(output).isSymLink());
+        QVERIFY(FileBytes(output).startsWith("MMMMM----- Recipe via Meal-Master (tm) v8.02"));
+
+        const QString folder = Work(QStringLiteral("cook"));
+        QVERIFY(QDir().mkpath(folder));
+        const QString planted = folder + QStringLiteral("/Goveja juha z rezanci.cook");
+        QFile::remove(planted);
+        QVERIFY(QFile::link(victim, planted));
+        QCOMPARE(Tool({"export", "--format", "cooklang", "--recipe", "1", "--database", db, folder})
+                     .exitCode,
+                 0);
+        QCOMPARE(FileBytes(victim), QByteArray("mine\n"));
+        QVERIFY(!QFileInfo(planted).isSymLink());
+        QVERIFY(FileBytes(planted).startsWith("---\ntitle: Goveja juha z rezanci\n"));
+    }
+
     void exportsAndImportsOnTheServer() {
         TestDatabase::CreatePostgresDatabase(QStringLiteral("tool_exchange"));
         const QString uri = TestDatabase::PostgresUri(QStringLiteral("tool_exchange"));
