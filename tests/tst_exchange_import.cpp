@@ -12,10 +12,12 @@
 #include "exchange/CollectionImport.h"
 #include "exchange/RecipeImport.h"
 #include "support/TestDatabase.h"
+#include "support/ToolRun.h"
 
 using Exchange::ImportOptions;
 using Exchange::ImportReport;
 using TestDatabase::Rows;
+using ToolRun::FileBytes;
 
 namespace {
 
@@ -59,20 +61,6 @@ const char* const Palacinke =
     "\r\n"
     "MMMMM\r\n";
 
-QString WriteFile(const QString& name, const QByteArray& bytes) {
-    const QString path = TestDatabase::WorkFolder() + QLatin1Char('/') + name;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        file.write(bytes) != bytes.size()) {
-        qFatal("cannot write %s", qPrintable(path));
-    }
-    return path;
-}
-
-QByteArray FileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 ImportReport Import(const QStringList& paths, ImportOptions options = {}) {
     if (options.typeID == 0) {
@@ -136,7 +124,7 @@ private Q_SLOTS:
     void writesEachRecipeAsItsRows() {
         TestDatabase::OpenFresh(TestDatabase::CurrentKind());
         TestDatabase::LoadSmallCollection();
-        const QString path = WriteFile(QStringLiteral("palacinke.mmf"), Palacinke);
+        const QString path = ToolRun::WriteWork(QStringLiteral("palacinke.mmf"), Palacinke);
         const ImportReport report = Import({path});
         QCOMPARE(report.Text(), ExpectedReport(path));
         QCOMPARE(report.FirstRecipeID(), 4);
@@ -169,7 +157,7 @@ private Q_SLOTS:
     void showsTheImportedRecipeAsAPage() {
         TestDatabase::OpenFresh(TestDatabase::Sqlite);
         TestDatabase::LoadSmallCollection();
-        Import({WriteFile(QStringLiteral("palacinke.mmf"), Palacinke)});
+        Import({ToolRun::WriteWork(QStringLiteral("palacinke.mmf"), Palacinke)});
         modDisplay::DisplayRecipe(4);
         QFile page(modGeneral::TempFilename);
         QVERIFY(page.open(QIODevice::ReadOnly));
@@ -188,7 +176,7 @@ private Q_SLOTS:
     void skipsARecipeTheCollectionHas() {
         TestDatabase::OpenFresh(TestDatabase::CurrentKind());
         TestDatabase::LoadSmallCollection();
-        const QString path = WriteFile(QStringLiteral("palacinke.mmf"), Palacinke);
+        const QString path = ToolRun::WriteWork(QStringLiteral("palacinke.mmf"), Palacinke);
         Import({path});
         const QStringList after = Counts();
 
@@ -209,15 +197,15 @@ private Q_SLOTS:
 
         // The same recipe in other letters is the same recipe; another amount is another one.
         const QString upper =
-            WriteFile(QStringLiteral("caj.mmf"),
-                      QByteArray(Palacinke)
-                          .mid(QByteArray(Palacinke).indexOf("MMMMM\r\n\r\nMMMMM") + 9)
-                          .replace("Title: Čaj", "Title: ČAJ")
-                          .replace("1 l  voda", "1 L  VODA"));
+            ToolRun::WriteWork(QStringLiteral("caj.mmf"),
+                               QByteArray(Palacinke)
+                                   .mid(QByteArray(Palacinke).indexOf("MMMMM\r\n\r\nMMMMM") + 9)
+                                   .replace("Title: Čaj", "Title: ČAJ")
+                                   .replace("1 l  voda", "1 L  VODA"));
         QCOMPARE(Import({upper}).Skipped(), 1);
         QCOMPARE(Counts(), after);
-        const QString other = WriteFile(QStringLiteral("caj2.mmf"),
-                                        FileBytes(upper).replace("1 L  VODA", "2 L  VODA"));
+        const QString other = ToolRun::WriteWork(
+            QStringLiteral("caj2.mmf"), FileBytes(upper).replace("1 L  VODA", "2 L  VODA"));
         QCOMPARE(Import({other}).Imported(), 1);
 
         ImportOptions allow;
@@ -231,7 +219,7 @@ private Q_SLOTS:
         TestDatabase::OpenFresh(TestDatabase::CurrentKind());
         TestDatabase::LoadSmallCollection();
         const QStringList before = Counts();
-        const QString path = WriteFile(QStringLiteral("palacinke.mmf"), Palacinke);
+        const QString path = ToolRun::WriteWork(QStringLiteral("palacinke.mmf"), Palacinke);
         ImportOptions dry;
         dry.dryRun = true;
         const ImportReport report = Import({path, path}, dry);
@@ -248,10 +236,10 @@ private Q_SLOTS:
         TestDatabase::OpenFresh(TestDatabase::CurrentKind());
         TestDatabase::LoadSmallCollection();
         const QString missing = TestDatabase::WorkFolder() + QStringLiteral("/ni.mmf");
-        const QString empty = WriteFile(QStringLiteral("prazna.txt"), QByteArray());
-        const QString binary =
-            WriteFile(QStringLiteral("slika.png"), QByteArray("\x89PNG\r\n\x1a\n\0\0", 10));
-        const QString good = WriteFile(QStringLiteral("palacinke.mmf"), Palacinke);
+        const QString empty = ToolRun::WriteWork(QStringLiteral("prazna.txt"), QByteArray());
+        const QString binary = ToolRun::WriteWork(QStringLiteral("slika.png"),
+                                                  QByteArray("\x89PNG\r\n\x1a\n\0\0", 10));
+        const QString good = ToolRun::WriteWork(QStringLiteral("palacinke.mmf"), Palacinke);
         const ImportReport report = Import({missing, empty, binary, good});
         QCOMPARE(report.Imported(), 2);
         QCOMPARE(report.Unread(), 3);
@@ -288,14 +276,16 @@ private Q_SLOTS:
                 "CREATE TRIGGER refuse BEFORE INSERT ON [SectionIngredient] FOR "
                 "EACH ROW EXECUTE FUNCTION refuse()");
         }
-        const QString path = WriteFile(QStringLiteral("palacinke.mmf"),
-                                       QByteArray(Palacinke)
-                                           .replace("Title: Čaj", "Title: Najprej")
-                                           .replace("      ½ c  marmelada", "    666 pn novost"));
+        const QString path =
+            ToolRun::WriteWork(QStringLiteral("palacinke.mmf"),
+                               QByteArray(Palacinke)
+                                   .replace("Title: Čaj", "Title: Najprej")
+                                   .replace("      ½ c  marmelada", "    666 pn novost"));
         // Čaj first, so that one recipe is whole before the failing one.
         const QByteArray bytes = FileBytes(path);
         const qsizetype second = bytes.indexOf("MMMMM\r\n\r\nMMMMM") + 9;
-        WriteFile(QStringLiteral("palacinke.mmf"), bytes.mid(second) + "\r\n" + bytes.left(second));
+        ToolRun::WriteWork(QStringLiteral("palacinke.mmf"),
+                           bytes.mid(second) + "\r\n" + bytes.left(second));
         const QStringList units = Rows("SELECT name FROM [Unit] ORDER BY unitID");
 
         const ImportReport report = Import({path});

@@ -19,6 +19,7 @@
 #include "tests/support/DialogDriver.h"
 #include "tests/support/MessageRecorder.h"
 #include "tests/support/TestDatabase.h"
+#include "tests/support/ToolRun.h"
 
 using TestDatabase::Rows;
 
@@ -35,16 +36,6 @@ const char* const Recipe =
     "  Kuhamo pol ure.\r\n"
     "\r\n"
     "MMMMM\r\n";
-
-QString WriteFile(const QString& name, const QByteArray& bytes) {
-    const QString path = TestDatabase::WorkFolder() + QLatin1Char('/') + name;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        file.write(bytes) != bytes.size()) {
-        qFatal("cannot write %s", qPrintable(path));
-    }
-    return path;
-}
 
 // The dialogs answer as the test says and tell what they were asked.
 struct Answers {
@@ -101,7 +92,7 @@ private Q_SLOTS:
     void importsIntoTheSelectedSubgroup() {
         auto window = Open();
         Answers answers;
-        const QString path = WriteFile(QStringLiteral("juha.mmf"), Recipe);
+        const QString path = ToolRun::WriteWork(QStringLiteral("juha.mmf"), Recipe);
         answers.files = {path};
         Select(*window, QStringLiteral("T2"));
         Trigger(*window, "mnuDocumentImport");
@@ -132,7 +123,7 @@ private Q_SLOTS:
     void asksForASubgroupWhenNoneIsSelected() {
         auto window = Open();
         Answers answers;
-        answers.files = {WriteFile(QStringLiteral("juha.mmf"), Recipe)};
+        answers.files = {ToolRun::WriteWork(QStringLiteral("juha.mmf"), Recipe)};
         QStringList offered;
         QString proposed;
         const auto shown =
@@ -156,8 +147,8 @@ private Q_SLOTS:
         DialogDriver::WhenShown(QStringLiteral("dlgImportType"),
                                 [](QDialog* dialog) { dialog->reject(); });
         Select(*window, QString());
-        answers.files = {
-            WriteFile(QStringLiteral("druga.mmf"), QByteArray(Recipe).replace("Kruhova", "Druga"))};
+        answers.files = {ToolRun::WriteWork(QStringLiteral("druga.mmf"),
+                                            QByteArray(Recipe).replace("Kruhova", "Druga"))};
         Trigger(*window, "mnuDocumentImport");
         QCOMPARE(Rows("SELECT COUNT(*) FROM [Recipe]"), QStringList{"4"});
         QCOMPARE(answers.reports.size(), 1);

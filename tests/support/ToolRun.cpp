@@ -40,6 +40,16 @@ void StartSaveLoop(QProcess& loop, const QString& folder, const QStringList& arg
 
 QString Work(const QString& name) { return TestDatabase::WorkFolder() + QLatin1Char('/') + name; }
 
+QString WriteWork(const QString& name, const QByteArray& bytes) {
+    const QString path = Work(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        file.write(bytes) != bytes.size()) {
+        qFatal("cannot write %s", qPrintable(path));
+    }
+    return path;
+}
+
 QByteArray FileBytes(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

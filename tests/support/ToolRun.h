@@ -20,6 +20,8 @@ struct Result {
 Result Tool(const QStringList& arguments);
 // A file in the tests' private folder.
 QString Work(const QString& name);
+// Writes a file of the tests' private folder; returns its path.
+QString WriteWork(const QString& name, const QByteArray& bytes);
 // A file's bytes (empty when it cannot be read).
 QByteArray FileBytes(const QString& path);
 
