@@ -14,15 +14,20 @@ QString LineKey(const QVariant& amount, const QString& unit, const QString& ingr
            QLatin1Char('|') + ingredient.toCaseFolded();
 }
 
-QStringList LinesOf(const StoredRecipe& recipe) {
+// A recipe as duplicates are found: its folded title and its lines, sorted.
+QString Fingerprint(const QString& title, QStringList lines) {
+    std::sort(lines.begin(), lines.end());
+    return title.toCaseFolded() + QChar(0x1F) + lines.join(QChar(0x1E));
+}
+
+QString FingerprintOf(const StoredRecipe& recipe) {
     QStringList lines;
     for (const StoredSection& section : recipe.sections) {
         for (const StoredLine& line : section.lines) {
             lines.append(LineKey(line.amount, line.unit, line.ingredient));
         }
     }
-    std::sort(lines.begin(), lines.end());
-    return lines;
+    return Fingerprint(recipe.title, lines);
 }
 
 QVariant NullWhenEmpty(const QString& text) { return text.isEmpty() ? QVariant() : text; }
@@ -41,16 +46,18 @@ CollectionImport::CollectionImport(modDatabase::DbConnection& connection, qint32
       m_typeID(typeID),
       m_dryRun(dryRun),
       m_allowDuplicates(allowDuplicates),
-      m_units(connection, QStringLiteral("[Unit]"), QStringLiteral("unitID")),
-      m_ingredients(connection, QStringLiteral("[Ingredient]"), QStringLiteral("ingredientID")),
-      m_sources(connection, QStringLiteral("[Source]"), QStringLiteral("sourceID")) {
+      m_prepared(connection),
+      m_units(connection, m_prepared, QStringLiteral("[Unit]"), QStringLiteral("unitID")),
+      m_ingredients(connection, m_prepared, QStringLiteral("[Ingredient]"),
+                    QStringLiteral("ingredientID")),
+      m_sources(connection, m_prepared, QStringLiteral("[Source]"), QStringLiteral("sourceID")) {
     m_units.Load();
     m_ingredients.Load();
     m_sources.Load();
     CollectionSql::ForEachRow(
         m_connection, QStringLiteral("SELECT recipeID, title FROM [Recipe]"), {},
         [this](const SqlStatement& row) {
-            m_titles[row.Value(1).toString().toCaseFolded()].append(row.Value(0).toInt());
+            m_unread[row.Value(1).toString().toCaseFolded()].append(row.Value(0).toInt());
         });
 }
 
@@ -63,31 +70,27 @@ CollectionImport::Result CollectionImport::Import(const Recipe& recipe) {
         result.outcome = Outcome::NoTitle;
         return result;
     }
-    const Fingerprint lines = LinesOf(mapped.recipe);
-    if (!m_allowDuplicates && IsDuplicate(mapped.recipe, lines)) {
+    const QString fingerprint = FingerprintOf(mapped.recipe);
+    if (!m_allowDuplicates && IsDuplicate(mapped.recipe.title, fingerprint)) {
         result.outcome = Outcome::Duplicate;
         return result;
     }
     result.recipeID = Write(mapped.recipe);
-    m_imported[mapped.recipe.title.toCaseFolded()].append(lines);
-    if (!m_dryRun) {
-        m_titles[mapped.recipe.title.toCaseFolded()].append(result.recipeID);
-    }
+    m_fingerprints.insert(fingerprint);
     return result;
 }
 
-bool CollectionImport::IsDuplicate(const StoredRecipe& recipe, const Fingerprint& lines) {
-    const QString title = recipe.title.toCaseFolded();
-    if (m_imported.value(title).contains(lines)) {
-        return true;
+bool CollectionImport::IsDuplicate(const QString& title, const QString& fingerprint) {
+    // The lines of the collection's recipes of that title are read when a recipe of the title
+    // first comes, and only once.
+    for (const qint32 recipeID : m_unread.take(title.toCaseFolded())) {
+        m_fingerprints.insert(Fingerprint(title, StoredLines(recipeID)));
     }
-    const QList<qint32> candidates = m_titles.value(title);
-    return std::any_of(candidates.begin(), candidates.end(),
-                       [&](qint32 recipeID) { return StoredLines(recipeID) == lines; });
+    return m_fingerprints.contains(fingerprint);
 }
 
-CollectionImport::Fingerprint CollectionImport::StoredLines(qint32 recipeID) {
-    Fingerprint lines;
+QStringList CollectionImport::StoredLines(qint32 recipeID) {
+    QStringList lines;
     CollectionSql::ForEachRow(
         m_connection,
         QStringLiteral(
@@ -120,10 +123,10 @@ qint32 CollectionImport::Write(const StoredRecipe& recipe) {
         const QVariant sourceID =
             recipe.source.isEmpty() ? QVariant() : QVariant(m_sources.Key(recipe.source, false));
         const qint32 recipeID =
-            CollectionSql::Value(m_connection,
-                                 QStringLiteral("INSERT INTO [Recipe] (typeID, sourceID, title) "
-                                                "VALUES ($1, $2, $3) RETURNING recipeID"),
-                                 {m_typeID, sourceID, recipe.title})
+            m_prepared
+                .Value(QStringLiteral("INSERT INTO [Recipe] (typeID, sourceID, title) "
+                                      "VALUES ($1, $2, $3) RETURNING recipeID"),
+                       {m_typeID, sourceID, recipe.title})
                 .toInt();
         for (int place = 1; place <= recipe.sections.size(); ++place) {
             WriteSection(recipeID, recipe.sections.at(place - 1), place);
@@ -141,21 +144,19 @@ qint32 CollectionImport::Write(const StoredRecipe& recipe) {
 
 qint32 CollectionImport::WriteSection(qint32 recipeID, const StoredSection& section, int place) {
     const qint32 sectionID =
-        CollectionSql::Value(m_connection,
-                             QStringLiteral("INSERT INTO [Section] (title, instructions) VALUES "
-                                            "($1, $2) RETURNING sectionID"),
-                             {NullWhenEmpty(section.title), section.instructions})
+        m_prepared
+            .Value(QStringLiteral("INSERT INTO [Section] (title, instructions) VALUES "
+                                  "($1, $2) RETURNING sectionID"),
+                   {NullWhenEmpty(section.title), section.instructions})
             .toInt();
-    CollectionSql::Run(m_connection,
-                       QStringLiteral("INSERT INTO [RecipeSection] (recipeID, sectionID, place) "
-                                      "VALUES ($1, $2, $3)"),
-                       {recipeID, sectionID, place});
+    m_prepared.Run(QStringLiteral("INSERT INTO [RecipeSection] (recipeID, sectionID, place) "
+                                  "VALUES ($1, $2, $3)"),
+                   {recipeID, sectionID, place});
     for (const StoredLine& line : section.lines) {
-        CollectionSql::Run(m_connection,
-                           QStringLiteral("INSERT INTO [SectionIngredient] (sectionID, "
-                                          "ingredientID, unitID, amount) VALUES ($1, $2, $3, $4)"),
-                           {sectionID, m_ingredients.Key(line.ingredient, false),
-                            m_units.Key(line.unit, false), line.amount});
+        m_prepared.Run(QStringLiteral("INSERT INTO [SectionIngredient] (sectionID, "
+                                      "ingredientID, unitID, amount) VALUES ($1, $2, $3, $4)"),
+                       {sectionID, m_ingredients.Key(line.ingredient, false),
+                        m_units.Key(line.unit, false), line.amount});
     }
     return sectionID;
 }

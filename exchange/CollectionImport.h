@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
@@ -44,10 +45,9 @@ public:
     Result Import(const Recipe& recipe);
 
 private:
-    using Fingerprint = QStringList;  // the lines as folded "amount|unit|ingredient", sorted
-
-    bool IsDuplicate(const StoredRecipe& recipe, const Fingerprint& lines);
-    Fingerprint StoredLines(qint32 recipeID);
+    bool IsDuplicate(const QString& title, const QString& fingerprint);
+    // The lines of a recipe of the collection as folded "amount|unit|ingredient".
+    QStringList StoredLines(qint32 recipeID);
     qint32 Write(const StoredRecipe& recipe);
     qint32 WriteSection(qint32 recipeID, const StoredSection& section, int place);
     void ForgetPending();
@@ -57,13 +57,16 @@ private:
     qint32 m_typeID;
     bool m_dryRun;
     bool m_allowDuplicates;
+    CollectionSql::Prepared m_prepared;
     CollectionLookups m_units;
     CollectionLookups m_ingredients;
     CollectionLookups m_sources;
     std::optional<RecipeMapping> m_mapping;  // made again when a unit is added
     qsizetype m_mappedUnits = -1;
-    QHash<QString, QList<qint32>> m_titles;         // folded title -> recipes in the collection
-    QHash<QString, QList<Fingerprint>> m_imported;  // folded title -> recipes of this run
+    // The collection's recipes by folded title, until their lines are read; then the folded
+    // title and sorted lines of every recipe known, also of those imported in this run.
+    QHash<QString, QList<qint32>> m_unread;
+    QSet<QString> m_fingerprints;
 };
 
 // The subgroup of that key; 0 when the collection has none.

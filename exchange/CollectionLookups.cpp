@@ -4,9 +4,12 @@
 
 namespace Exchange {
 
-CollectionLookups::CollectionLookups(modDatabase::DbConnection& connection, QString table,
-                                     QString key)
-    : m_connection(connection), m_table(std::move(table)), m_key(std::move(key)) {}
+CollectionLookups::CollectionLookups(modDatabase::DbConnection& connection,
+                                     CollectionSql::Prepared& prepared, QString table, QString key)
+    : m_connection(connection),
+      m_prepared(prepared),
+      m_table(std::move(table)),
+      m_key(std::move(key)) {}
 
 void CollectionLookups::Load() {
     m_keys.clear();
@@ -50,9 +53,8 @@ void CollectionLookups::Forget() {
 }
 
 qint32 CollectionLookups::Add(const QString& name) {
-    return CollectionSql::Value(
-               m_connection,
-               QStringLiteral("INSERT INTO %1 (name) VALUES ($1) RETURNING %2").arg(m_table, m_key),
+    return m_prepared
+        .Value(QStringLiteral("INSERT INTO %1 (name) VALUES ($1) RETURNING %2").arg(m_table, m_key),
                {name})
         .toInt();
 }

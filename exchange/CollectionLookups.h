@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include "exchange/CollectionSql.h"
+
 namespace modDatabase {
 class DbConnection;
 }
@@ -18,7 +20,8 @@ namespace Exchange {
 class CollectionLookups {
 public:
     // `table` is the bracketed table name, `key` its key column.
-    CollectionLookups(modDatabase::DbConnection& connection, QString table, QString key);
+    CollectionLookups(modDatabase::DbConnection& connection, CollectionSql::Prepared& prepared,
+                      QString table, QString key);
 
     // Reads every entry of the list.
     void Load();
@@ -36,6 +39,7 @@ private:
     qint32 Add(const QString& name);
 
     modDatabase::DbConnection& m_connection;
+    CollectionSql::Prepared& m_prepared;
     QString m_table;
     QString m_key;
     QHash<QString, qint32> m_keys;     // case-folded name -> key

@@ -1,6 +1,7 @@
 #include "exchange/RecipeImport.h"
 
 #include "core/AppError.h"
+#include "core/database/modDatabase.h"
 #include "exchange/CollectionImport.h"
 #include "exchange/RecipeFiles.h"
 
@@ -31,6 +32,32 @@ void Count(FileReport& file, const CollectionImport::Result& result) {
     }
 }
 
+// While an import writes into a file, a commit waits for the disk only now and then, not for
+// every recipe: a power cut may lose the last recipes imported (never part of one), and a
+// second import of the same files adds just those, for the others are then duplicates.
+class QuickCommits {
+public:
+    explicit QuickCommits(modDatabase::DbConnection& connection) : m_connection(connection) {
+        if (m_connection.SqliteHandle()) {
+            modDatabase::Execute(m_connection, QStringLiteral("PRAGMA synchronous=NORMAL"));
+        }
+    }
+    ~QuickCommits() {
+        if (m_connection.SqliteHandle()) {
+            try {
+                modDatabase::Execute(m_connection, QStringLiteral("PRAGMA synchronous=FULL"));
+            } catch (...) {
+                // the connection is lost: so is its setting
+            }
+        }
+    }
+    QuickCommits(const QuickCommits&) = delete;
+    QuickCommits& operator=(const QuickCommits&) = delete;
+
+private:
+    modDatabase::DbConnection& m_connection;
+};
+
 }  // namespace
 
 ImportReport ImportFiles(modDatabase::DbConnection& connection, const QStringList& paths,
@@ -38,6 +65,7 @@ ImportReport ImportFiles(modDatabase::DbConnection& connection, const QStringLis
     ImportReport report;
     report.dryRun = options.dryRun;
     try {
+        const QuickCommits commits(connection);
         CollectionImport import(connection, options.typeID, options.dryRun,
                                 options.allowDuplicates);
         for (int index = 0; index < paths.size(); ++index) {
