@@ -1,8 +1,11 @@
 #include "exchange/ExportFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
-#include <QFileInfo>
+#include <unistd.h>
 
+#include <QFileInfo>
+#include <cerrno>
 #include <cstdio>
 
 #include "core/AppError.h"
@@ -42,4 +45,28 @@ void ExportFile::Commit() {
     }
     m_part.setAutoRemove(false);
     m_part.close();
+}
+
+void ExportFile::WriteWhole(const QString& path, const QByteArray& bytes) {
+    // O_EXCL with O_CREAT never opens what is there already, a link included.
+    const int fd = ::open(QFile::encodeName(path).constData(),
+                          O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (fd < 0 && errno == EEXIST) {
+        ExportFile file(path);
+        file.Write(bytes);
+        file.Commit();
+        return;
+    }
+    QFile file;
+    if (fd < 0 || !file.open(fd, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)) {
+        if (fd >= 0) {
+            ::close(fd);
+        }
+        CannotWrite(path);
+    }
+    if (file.write(bytes) != bytes.size() || !file.flush()) {
+        file.close();
+        QFile::remove(path);
+        CannotWrite(path);
+    }
 }

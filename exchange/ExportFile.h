@@ -16,6 +16,10 @@ public:
     // Renames the complete file into place; raises an error when it cannot.
     void Commit();
 
+    // Writes a whole file at once: made new under its own name when nothing has that name
+    // (a folder of many files is written quickly so), else through a new file as above.
+    static void WriteWhole(const QString& path, const QByteArray& bytes);
+
 private:
     QString m_path;
     QTemporaryFile m_part;

@@ -1,8 +1,8 @@
 #include "exchange/RecipeExport.h"
 
 #include <QDir>
+#include <QHash>
 #include <QJsonDocument>
-#include <QSet>
 #include <memory>
 
 #include "core/AppError.h"
@@ -14,14 +14,22 @@
 namespace Exchange {
 namespace {
 
-// A Cooklang file's name that no earlier recipe of the export took.
-QString FreeName(QSet<QString>& taken, const Recipe& recipe) {
+// A Cooklang file's name that no earlier recipe of the export took: the title's, then with
+// " (2)", " (3)", ... after it. `taken` holds the names given (case-folded) and, for each
+// title's name, the number its next recipe tries first.
+QString FreeName(QHash<QString, int>& taken, const Recipe& recipe) {
     const QString name = CooklangWriter::FileName(recipe);
+    const QString folded = name.toCaseFolded();
     QString free = name;
-    for (int n = 2; taken.contains(free.toCaseFolded()); ++n) {
-        free = name.chopped(5) + QStringLiteral(" (%1).cook").arg(n);
+    int& next = taken[folded];
+    if (next > 0) {
+        do {
+            free = name.chopped(5) + QStringLiteral(" (%1).cook").arg(++next);
+        } while (taken.contains(free.toCaseFolded()));
+        taken.insert(free.toCaseFolded(), 1);
+    } else {
+        next = 1;
     }
-    taken.insert(free.toCaseFolded());
     return free;
 }
 
@@ -54,9 +62,8 @@ public:
                                   .trimmed());
                 break;
             case ExportFormat::Cooklang: {
-                ExportFile file(QDir(m_output).filePath(FreeName(m_taken, recipe)));
-                file.Write(CooklangWriter::Write(recipe).toUtf8());
-                file.Commit();
+                ExportFile::WriteWhole(QDir(m_output).filePath(FreeName(m_taken, recipe)),
+                                       CooklangWriter::Write(recipe).toUtf8());
                 break;
             }
         }
@@ -76,7 +83,7 @@ private:
     ExportFormat m_format;
     QString m_output;
     std::unique_ptr<ExportFile> m_file;
-    QSet<QString> m_taken;
+    QHash<QString, int> m_taken;
     int m_count = 0;
 };
 
