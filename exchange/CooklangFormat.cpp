@@ -155,8 +155,10 @@ bool Recognizes(const QByteArray& data) {
         QStringLiteral(
             "(^|\\s)@[\\p{L}\\p{N}_][^\\n]*|^>>\\s*[^:\\n]+:|\\A---\\s*\\n(.*\\n)*?title\\s*:"),
         QRegularExpression::MultilineOption);
-    if (data.contains('\0') || !TextEncoding::IsUtf8(data)) {
-        return false;
+    const QByteArray start = data.left(64).trimmed();
+    if (data.contains('\0') || !TextEncoding::IsUtf8(data) || start.startsWith('{') ||
+        start.startsWith('[') || start.startsWith('<')) {
+        return false;  // no text of steps: binary data, JSON, XML or HTML
     }
     return mark.match(QString::fromUtf8(data)).hasMatch();
 }

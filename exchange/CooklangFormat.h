@@ -25,7 +25,8 @@
 namespace Exchange::CooklangFormat {
 
 // Whether UTF-8 text holds Cooklang: an ingredient mark ("@salt", "@sugar{2%tbsp}"), a
-// metadata line (">> servings: 2") or a front matter with a title.
+// metadata line (">> servings: 2") or a front matter with a title; a text that starts as JSON,
+// XML or HTML does ("{", "[", "<") is none.
 bool Recognizes(const QByteArray& data);
 
 // `fileName` is the file's name or path, for the title of a recipe whose metadata has none.
