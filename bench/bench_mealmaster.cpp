@@ -12,6 +12,7 @@
 
 #include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
+#include "bench/support/MealMasterFile.h"
 #include "exchange/MealMasterFormat.h"
 
 using namespace Bench;
@@ -29,51 +30,6 @@ struct Options {
     QString read;   // a child: reads this file's recipes
     QString lines;  // a child: reads this file's lines only
 };
-
-QString Column(const QString& amount, const QString& unit, const QString& text) {
-    return amount.rightJustified(7) + QLatin1Char(' ') + unit.leftJustified(2) + QLatin1Char(' ') +
-           text;
-}
-
-QByteArray GeneratedRecipe(int number) {
-    const QStringList lines = {
-        QStringLiteral("MMMMM----- Recipe via Meal-Master (tm) v8.02"),
-        QStringLiteral("      Title: Generated recipe %1").arg(number),
-        QStringLiteral(" Categories: Generated, Bench"),
-        QStringLiteral("      Yield: 4 servings"),
-        QString(),
-        Column("1", "c", "Flour").leftJustified(41) + Column("2", "tb", "Sugar"),
-        Column("1 1/2", "ts", "Salt").leftJustified(41) + Column("1", "lg", "Egg, beaten"),
-        QStringLiteral("MMMMM-----------------------FILLING-----------------------------"),
-        Column("1/2", "lb", "Butter; softened and cut into"),
-        Column("", "", "-small pieces"),
-        QString(),
-        QStringLiteral("  Mix the flour, sugar and salt. Add the egg and stir until the dough"),
-        QStringLiteral("  is smooth and leave it to rest for half an hour in a cool place."),
-        QString(),
-        QStringLiteral("  Spread the filling over the dough and bake for 25 minutes at 200 C."),
-        QStringLiteral("MMMMM"),
-        QString(),
-    };
-    return lines.join(QStringLiteral("\r\n")).toLatin1() + "\r\n";
-}
-
-// Writes the file; returns the number of recipes in it.
-int Generate(const QString& fileName, int megabytes) {
-    QFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly)) {
-        return 0;
-    }
-    int recipes = 0;
-    while (file.size() < qint64(megabytes) * 1024 * 1024) {
-        QByteArray block;
-        for (int i = 0; i < 1000; ++i) {
-            block += GeneratedRecipe(++recipes);
-        }
-        file.write(block);
-    }
-    return recipes;
-}
 
 int ReadRecipes(const QString& fileName) {
     QFile file(fileName);
@@ -133,7 +89,7 @@ int main(int argc, char** argv) {
     }
     QTemporaryDir folder;
     const QString fileName = folder.filePath(QStringLiteral("generated.mmf"));
-    const int recipes = Generate(fileName, options.megabytes);
+    const int recipes = MealMasterFile::Write(fileName, options.megabytes);
     Print(QStringLiteral("MealMaster file  %1 MB  %2 recipes")
               .arg(Fixed(QFile(fileName).size() / 1048576.0, 1))
               .arg(recipes));

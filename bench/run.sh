@@ -9,7 +9,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
-programs=("${@:-foundation mainwindow editor search tree copy settings access pages mealmaster}")
+programs=("${@:-foundation mainwindow editor search tree copy settings access pages mealmaster exchange}")
 read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -46,6 +46,8 @@ for program in "${programs[@]}"; do
         access) "$build/bench/bench_access" --tool "$build/tools/morvena-tool" ;;
         pages) "$build/bench/bench_pages" --tool "$build/tools/morvena-tool" ;;
         mealmaster) "$build/bench/bench_mealmaster" ;;
+        exchange) "$build/bench/bench_exchange" --tool "$build/tools/morvena-tool" \
+                      --cache-dir "$cache" "${pg[@]}" ;;
         *) echo "run.sh: no benchmark named $program" >&2; exit 2 ;;
     esac
 done

@@ -1,6 +1,7 @@
 #include "bench/support/BenchSupport.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -192,7 +193,7 @@ QString LoadAverage() {
 
 void PrintDone() { Print(QStringLiteral("done, %1").arg(LoadAverage())); }
 
-ProcessRun RunProcess(const QStringList& command) {
+ProcessRun RunProcess(const QStringList& command, double limitSeconds) {
     std::vector<QByteArray> arguments;
     for (const QString& argument : command) {
         arguments.push_back(QFile::encodeName(argument));
@@ -213,8 +214,23 @@ ProcessRun RunProcess(const QStringList& command) {
     ProcessRun result;
     int status = 0;
     struct rusage usage {};
-    if (spawned != 0 || ::wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
-        WEXITSTATUS(status) != 0) {
+    if (spawned != 0) {
+        return result;
+    }
+    // With a limit the child is looked in on every 2 ms, so its time may come out 2 ms long.
+    const auto deadline = start + std::chrono::duration_cast<Clock::duration>(
+                                      std::chrono::duration<double>(limitSeconds));
+    pid_t waited = 0;
+    while ((waited = ::wait4(child, &status, limitSeconds > 0 ? WNOHANG : 0, &usage)) == 0) {
+        if (Clock::now() >= deadline) {
+            ::kill(child, SIGKILL);
+            ::wait4(child, &status, 0, &usage);
+            result.stopped = true;
+            return result;
+        }
+        ::usleep(2000);
+    }
+    if (waited != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         return result;
     }
     result.seconds = Milliseconds(Clock::now() - start) / 1000.0;

@@ -32,9 +32,11 @@ void PrintDone();
 struct ProcessRun {
     double seconds = -1.0;  // negative when it did not run or failed
     double peakMegabytes = 0.0;
+    bool stopped = false;  // it ran out of its time and was killed
 };
-// Runs a program with its arguments, its output going nowhere, and waits for it.
-ProcessRun RunProcess(const QStringList& command);
+// Runs a program with its arguments, its output going nowhere, and waits for it; with a
+// positive `limitSeconds` at most that long, after which it is killed.
+ProcessRun RunProcess(const QStringList& command, double limitSeconds = 0.0);
 
 // "LABEL  N recipes", where a figure's line starts.
 QString Where(const QString& label, int recipes);
