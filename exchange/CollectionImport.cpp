@@ -1,5 +1,6 @@
 #include "exchange/CollectionImport.h"
 
+#include <QCryptographicHash>
 #include <algorithm>
 
 #include "core/Amount.h"
@@ -14,13 +15,15 @@ QString LineKey(const QVariant& amount, const QString& unit, const QString& ingr
            QLatin1Char('|') + ingredient.toCaseFolded();
 }
 
-// A recipe as duplicates are found: its folded title and its lines, sorted.
-QString Fingerprint(const QString& title, QStringList lines) {
+// A recipe as duplicates are found: a digest of its folded title and its lines, sorted: 16
+// bytes a recipe, however many a run imports (MD5 serves: nobody forges recipes to collide).
+QByteArray Fingerprint(const QString& title, QStringList lines) {
     std::sort(lines.begin(), lines.end());
-    return title.toCaseFolded() + QChar(0x1F) + lines.join(QChar(0x1E));
+    const QString text = title.toCaseFolded() + QChar(0x1F) + lines.join(QChar(0x1E));
+    return QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Md5);
 }
 
-QString FingerprintOf(const StoredRecipe& recipe) {
+QByteArray FingerprintOf(const StoredRecipe& recipe) {
     QStringList lines;
     for (const StoredSection& section : recipe.sections) {
         for (const StoredLine& line : section.lines) {
@@ -70,7 +73,7 @@ CollectionImport::Result CollectionImport::Import(const Recipe& recipe) {
         result.outcome = Outcome::NoTitle;
         return result;
     }
-    const QString fingerprint = FingerprintOf(mapped.recipe);
+    const QByteArray fingerprint = FingerprintOf(mapped.recipe);
     if (!m_allowDuplicates && IsDuplicate(mapped.recipe.title, fingerprint)) {
         result.outcome = Outcome::Duplicate;
         return result;
@@ -80,7 +83,7 @@ CollectionImport::Result CollectionImport::Import(const Recipe& recipe) {
     return result;
 }
 
-bool CollectionImport::IsDuplicate(const QString& title, const QString& fingerprint) {
+bool CollectionImport::IsDuplicate(const QString& title, const QByteArray& fingerprint) {
     // The lines of the collection's recipes of that title are read when a recipe of the title
     // first comes, and only once.
     for (const qint32 recipeID : m_unread.take(title.toCaseFolded())) {
@@ -179,6 +182,14 @@ void CollectionImport::ForgetPending() {
 qint32 ExistingType(modDatabase::DbConnection& connection, qint32 typeID) {
     return Named(connection, QStringLiteral("SELECT typeID FROM [Type] WHERE typeID = $1"),
                  {typeID});
+}
+
+qint32 FoundType(modDatabase::DbConnection& connection, const QString& group, const QString& type) {
+    return Named(connection,
+                 QStringLiteral("SELECT [Type].typeID FROM [Type] INNER JOIN [Group] ON "
+                                "[Type].groupID = [Group].groupID WHERE [Group].name = $1 AND "
+                                "[Type].name = $2"),
+                 {group, type});
 }
 
 qint32 TypeByNames(modDatabase::DbConnection& connection, const QString& group,

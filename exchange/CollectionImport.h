@@ -17,7 +17,8 @@ class DbConnection;
 
 namespace Exchange {
 
-// Recipes written into one subgroup of a collection, each in its own transaction: a recipe is
+// Recipes written into one subgroup of a collection (in a dry run, whose subgroup may not be
+// there yet, the key is never used), each in its own transaction: a recipe is
 // there whole or not at all. The recipe row gets the subgroup and the source (a Source entry
 // named as the file names it); each section its Section and RecipeSection rows, places 1, 2,
 // ...; each line its SectionIngredient row with the Unit and Ingredient entries of its names,
@@ -45,7 +46,7 @@ public:
     Result Import(const Recipe& recipe);
 
 private:
-    bool IsDuplicate(const QString& title, const QString& fingerprint);
+    bool IsDuplicate(const QString& title, const QByteArray& fingerprint);
     // The lines of a recipe of the collection as folded "amount|unit|ingredient".
     QStringList StoredLines(qint32 recipeID);
     qint32 Write(const StoredRecipe& recipe);
@@ -66,13 +67,15 @@ private:
     // The collection's recipes by folded title, until their lines are read; then the folded
     // title and sorted lines of every recipe known, also of those imported in this run.
     QHash<QString, QList<qint32>> m_unread;
-    QSet<QString> m_fingerprints;
+    QSet<QByteArray> m_fingerprints;
 };
 
 // The subgroup of that key; 0 when the collection has none.
 qint32 ExistingType(modDatabase::DbConnection& connection, qint32 typeID);
 // The subgroup of that name in the group of that name (names compared as the database compares
-// them), each added when there is none, in one transaction.
+// them); 0 when there is none.
+qint32 FoundType(modDatabase::DbConnection& connection, const QString& group, const QString& type);
+// The same, each added when there is none, in one transaction.
 qint32 TypeByNames(modDatabase::DbConnection& connection, const QString& group,
                    const QString& type);
 

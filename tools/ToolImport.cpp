@@ -13,14 +13,19 @@ namespace {
 const QString DryRun = QStringLiteral("--dry-run");
 const QString AllowDuplicates = QStringLiteral("--allow-duplicates");
 
-// The subgroup the options name: by key with --type alone, by names with --group and --type.
+// The subgroup the options name: by key with --type alone, by names with --group and --type
+// (made when missing; a dry run makes nothing and imports into a subgroup to be, key -1).
 // 0 after writing the reason to err.
-qint32 TargetType(const QMap<QString, QString>& options, QTextStream& err) {
+qint32 TargetType(const QMap<QString, QString>& options, bool dryRun, QTextStream& err) {
     modDatabase::DbConnection& connection = *modDatabase::Connection;
     const QString type = options.value(QStringLiteral("--type"));
+    const QString group = options.value(QStringLiteral("--group")).trimmed();
+    if (options.contains(QStringLiteral("--group")) && dryRun) {
+        const qint32 found = Exchange::FoundType(connection, group, type.trimmed());
+        return found > 0 ? found : -1;
+    }
     if (options.contains(QStringLiteral("--group"))) {
-        return Exchange::TypeByNames(connection, options.value(QStringLiteral("--group")).trimmed(),
-                                     type.trimmed());
+        return Exchange::TypeByNames(connection, group, type.trimmed());
     }
     const qint32 typeID = Exchange::ExistingType(connection, type.toInt());
     if (typeID == 0) {
@@ -76,7 +81,7 @@ int Import(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     }
     options.encoding = args->options.value(QStringLiteral("--encoding"));
     try {
-        options.typeID = TargetType(args->options, err);
+        options.typeID = TargetType(args->options, options.dryRun, err);
         if (options.typeID == 0) {
             return Failed;
         }

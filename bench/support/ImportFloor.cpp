@@ -153,7 +153,7 @@ public:
         m_open =
             sqlite3_open_v2(path.constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK;
         m_open = m_open && Exec("PRAGMA journal_mode=WAL") &&
-                 Exec(synced ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=OFF") &&
+                 Exec(synced ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF") &&
                  Exec("PRAGMA cache_size=-65536");
     }
     ~SqliteTarget() override {

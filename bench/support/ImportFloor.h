@@ -11,8 +11,8 @@ namespace Bench::ImportFloor {
 // [Source], [Unit] and [Ingredient] rows in one transaction with their keys, then each recipe
 // in a transaction of its own, its [Recipe], [Section], [RecipeSection] and [SectionIngredient]
 // rows through statements prepared once, the new keys as the database gives them. A SQLite file
-// is written ahead into a log with synchronous=FULL as the program writes its collections, or
-// with synchronous=OFF when `synced` is false. Returns 0, or 1 after telling stderr why it
+// is written ahead into a log with synchronous=NORMAL as the program's import writes, or with
+// synchronous=OFF when `synced` is false. Returns 0, or 1 after telling stderr why it
 // failed.
 int Copy(const QString& from, const QString& into, bool synced);
 
