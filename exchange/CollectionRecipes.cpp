@@ -11,7 +11,7 @@ namespace {
 
 // A batch: at most this many recipes, read with three statements that name their keys (and
 // their sections' keys), so that every database finds the rows through their indexes.
-constexpr int BatchRecipes = 500;
+constexpr int BatchRecipes = 100;
 
 const QString RecipesSql = QStringLiteral(
     "SELECT [Recipe].recipeID, [Recipe].title, [Source].name, [Group].name, [Type].name FROM "

@@ -32,20 +32,24 @@ void Count(FileReport& file, const CollectionImport::Result& result) {
     }
 }
 
-// While an import writes into a file, a commit waits for the disk only now and then, not for
-// every recipe: a power cut may lose the last recipes imported (never part of one), and a
-// second import of the same files adds just those, for the others are then duplicates.
+// While an import writes into a file, a commit waits for the disk only now and then (when the
+// log, up to 64 MB, is copied into the file), not for every recipe: a power cut may lose the
+// last recipes imported (never part of one), and a second import of the same files adds just
+// those, for the others are then duplicates.
 class QuickCommits {
 public:
     explicit QuickCommits(modDatabase::DbConnection& connection) : m_connection(connection) {
         if (m_connection.SqliteHandle()) {
             modDatabase::Execute(m_connection, QStringLiteral("PRAGMA synchronous=NORMAL"));
+            modDatabase::Execute(m_connection, QStringLiteral("PRAGMA wal_autocheckpoint=16384"));
         }
     }
     ~QuickCommits() {
         if (m_connection.SqliteHandle()) {
             try {
                 modDatabase::Execute(m_connection, QStringLiteral("PRAGMA synchronous=FULL"));
+                modDatabase::Execute(m_connection,
+                                     QStringLiteral("PRAGMA wal_autocheckpoint=1000"));
             } catch (...) {
                 // the connection is lost: so is its setting
             }

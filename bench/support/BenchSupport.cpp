@@ -193,6 +193,23 @@ QString LoadAverage() {
 
 void PrintDone() { Print(QStringLiteral("done, %1").arg(LoadAverage())); }
 
+// The child's peak resident memory so far in MB (VmHWM of its own address space since it
+// started its program); 0 when it cannot be read. The figure the kernel gives at the end
+// (ru_maxrss) would include this program's own size, which a spawned child borrows until it
+// starts its program.
+double PeakSoFar(pid_t child) {
+    QFile status(QStringLiteral("/proc/%1/status").arg(child));
+    if (!status.open(QIODevice::ReadOnly)) {
+        return 0.0;
+    }
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:")) {
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+        }
+    }
+    return 0.0;
+}
+
 ProcessRun RunProcess(const QStringList& command, double limitSeconds) {
     std::vector<QByteArray> arguments;
     for (const QString& argument : command) {
@@ -203,6 +220,8 @@ ProcessRun RunProcess(const QStringList& command, double limitSeconds) {
         argv.push_back(argument.data());
     }
     argv.push_back(nullptr);
+    // Nothing that earlier work left to write out is written while this process runs.
+    ::sync();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
@@ -217,12 +236,15 @@ ProcessRun RunProcess(const QStringList& command, double limitSeconds) {
     if (spawned != 0) {
         return result;
     }
-    // With a limit the child is looked in on every 2 ms, so its time may come out 2 ms long.
+    // The child is looked in on every 2 ms for its memory (and its time limit), so its time
+    // may come out 2 ms long.
     const auto deadline = start + std::chrono::duration_cast<Clock::duration>(
                                       std::chrono::duration<double>(limitSeconds));
     pid_t waited = 0;
-    while ((waited = ::wait4(child, &status, limitSeconds > 0 ? WNOHANG : 0, &usage)) == 0) {
-        if (Clock::now() >= deadline) {
+    double peak = 0.0;
+    while ((waited = ::wait4(child, &status, WNOHANG, &usage)) == 0) {
+        peak = std::max(peak, PeakSoFar(child));
+        if (limitSeconds > 0 && Clock::now() >= deadline) {
             ::kill(child, SIGKILL);
             ::wait4(child, &status, 0, &usage);
             result.stopped = true;
@@ -234,7 +256,7 @@ ProcessRun RunProcess(const QStringList& command, double limitSeconds) {
         return result;
     }
     result.seconds = Milliseconds(Clock::now() - start) / 1000.0;
-    result.peakMegabytes = double(usage.ru_maxrss) / 1024.0;
+    result.peakMegabytes = peak > 0 ? peak : double(usage.ru_maxrss) / 1024.0;
     return result;
 }
 

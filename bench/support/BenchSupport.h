@@ -35,7 +35,8 @@ struct ProcessRun {
     bool stopped = false;  // it ran out of its time and was killed
 };
 // Runs a program with its arguments, its output going nowhere, and waits for it; with a
-// positive `limitSeconds` at most that long, after which it is killed.
+// positive `limitSeconds` at most that long, after which it is killed. The disks are synced
+// first, and the peak memory is the child's own (VmHWM, looked at every 2 ms).
 ProcessRun RunProcess(const QStringList& command, double limitSeconds = 0.0);
 
 // "LABEL  N recipes", where a figure's line starts.

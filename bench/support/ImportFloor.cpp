@@ -154,7 +154,7 @@ public:
             sqlite3_open_v2(path.constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK;
         m_open = m_open && Exec("PRAGMA journal_mode=WAL") &&
                  Exec(synced ? "PRAGMA synchronous=NORMAL" : "PRAGMA synchronous=OFF") &&
-                 Exec("PRAGMA cache_size=-65536");
+                 Exec("PRAGMA wal_autocheckpoint=16384") && Exec("PRAGMA cache_size=-65536");
     }
     ~SqliteTarget() override {
         for (const auto& [sql, statement] : m_statements) {
