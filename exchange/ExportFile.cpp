@@ -57,15 +57,22 @@ void ExportFile::WriteWhole(const QString& path, const QByteArray& bytes) {
         file.Commit();
         return;
     }
-    QFile file;
-    if (fd < 0 || !file.open(fd, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)) {
-        if (fd >= 0) {
-            ::close(fd);
-        }
+    if (fd < 0) {
         CannotWrite(path);
     }
-    if (file.write(bytes) != bytes.size() || !file.flush()) {
-        file.close();
+    for (qsizetype done = 0; done < bytes.size();) {
+        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n <= 0) {
+            ::close(fd);
+            QFile::remove(path);
+            CannotWrite(path);
+        }
+        done += n;
+    }
+    if (::close(fd) != 0) {
         QFile::remove(path);
         CannotWrite(path);
     }

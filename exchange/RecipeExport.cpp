@@ -62,7 +62,7 @@ public:
                                   .trimmed());
                 break;
             case ExportFormat::Cooklang: {
-                ExportFile::WriteWhole(QDir(m_output).filePath(FreeName(m_taken, recipe)),
+                ExportFile::WriteWhole(m_output + QLatin1Char('/') + FreeName(m_taken, recipe),
                                        CooklangWriter::Write(recipe).toUtf8());
                 break;
             }
