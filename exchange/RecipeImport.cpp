@@ -13,12 +13,12 @@ struct Stopped {};
 
 void Count(FileReport& file, const CollectionImport::Result& result) {
     ++file.found;
-    for (const LineNote& note : result.notes) {
-        file.lines.append({result.title, note});
-    }
     switch (result.outcome) {
         case CollectionImport::Outcome::Imported:
             ++file.imported;
+            for (const LineNote& note : result.notes) {  // a skipped recipe's lines are no news
+                file.lines.append({result.title, note});
+            }
             if (file.firstRecipeID == 0) {
                 file.firstRecipeID = result.recipeID;
             }

@@ -61,7 +61,6 @@ const char* const Palacinke =
     "\r\n"
     "MMMMM\r\n";
 
-
 ImportReport Import(const QStringList& paths, ImportOptions options = {}) {
     if (options.typeID == 0) {
         options.typeID = 3;  // Pecivo
@@ -182,18 +181,14 @@ private Q_SLOTS:
 
         const QString again = Import({path}).Text();
         QCOMPARE(Counts(), after);
-        QCOMPARE(again, QStringLiteral(
-                            "Datoteka %1 (MealMaster)\n"
-                            "  Najdeni recepti: 2, uvoženi: 0, preskočeni: 2\n"
-                            "  Preskočen »Palačinke«: enak recept je že v zbirki\n"
-                            "  Preskočen »Čaj«: enak recept je že v zbirki\n"
-                            "  »Palačinke«: razpon količin, vzeta je manjša količina: 2-3 T  "
-                            "sladkor\n"
-                            "  »Palačinke«: vrstica brez količine, zapisana na začetek postopka: "
-                            "sol po okusu\n"
-                            "Skupaj: datoteke 1, neprebrane datoteke 0, uvoženi recepti 0, "
-                            "preskočeni recepti 2.\n")
-                            .arg(path));
+        QCOMPARE(again,
+                 QStringLiteral("Datoteka %1 (MealMaster)\n"
+                                "  Najdeni recepti: 2, uvoženi: 0, preskočeni: 2\n"
+                                "  Preskočen »Palačinke«: enak recept je že v zbirki\n"
+                                "  Preskočen »Čaj«: enak recept je že v zbirki\n"
+                                "Skupaj: datoteke 1, neprebrane datoteke 0, uvoženi recepti 0, "
+                                "preskočeni recepti 2.\n")
+                     .arg(path));
 
         // The same recipe in other letters is the same recipe; another amount is another one.
         const QString upper =
