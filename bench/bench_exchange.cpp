@@ -86,17 +86,6 @@ struct Options {
     QString readLines;  // a child: reads this file's lines
 };
 
-int ReadLines(const QString& fileName) {
-    QFile file(fileName);
-    qint64 lines = 0;
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!file.readLine().isEmpty()) {
-            ++lines;
-        }
-    }
-    return lines > 0 ? 0 : 1;
-}
-
 // The best time of `runs` runs of the command and the highest peak memory, `prepare` called
 // (untimed) before each; a failed run gives a failed result. A run that takes longer than
 // `once` seconds (when given) is not repeated: another would tell nothing new.
@@ -434,7 +423,7 @@ int main(int argc, char** argv) {
         return ExportFloor::Write(options.writeText, options.into, options.filePerRecipe);
     }
     if (!options.readLines.isEmpty()) {
-        return ReadLines(options.readLines);
+        return MealMasterFile::ReadLines(options.readLines);
     }
     const Workspace work(options.cacheDir);
     return work.Ready() ? Measure(options, work) : 1;

@@ -42,17 +42,6 @@ int ReadRecipes(const QString& fileName) {
     return count > 0 ? 0 : 1;
 }
 
-int ReadLines(const QString& fileName) {
-    QFile file(fileName);
-    qint64 lines = 0;
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!file.readLine().isEmpty()) {
-            ++lines;
-        }
-    }
-    return lines > 0 ? 0 : 1;
-}
-
 ProcessRun Best(const QString& mode, const QString& fileName, int runs) {
     ProcessRun best;
     for (int run = 0; run < runs; ++run) {
@@ -85,7 +74,7 @@ int main(int argc, char** argv) {
         return ReadRecipes(options.read);
     }
     if (!options.lines.isEmpty()) {
-        return ReadLines(options.lines);
+        return MealMasterFile::ReadLines(options.lines);
     }
     QTemporaryDir folder;
     const QString fileName = folder.filePath(QStringLiteral("generated.mmf"));

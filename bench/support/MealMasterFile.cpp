@@ -54,4 +54,15 @@ int Write(const QString& fileName, int megabytes) {
     return recipes;
 }
 
+int ReadLines(const QString& fileName) {
+    QFile file(fileName);
+    qint64 lines = 0;
+    if (file.open(QIODevice::ReadOnly)) {
+        while (!file.readLine().isEmpty()) {
+            ++lines;
+        }
+    }
+    return lines > 0 ? 0 : 1;
+}
+
 }  // namespace Bench::MealMasterFile

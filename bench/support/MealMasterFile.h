@@ -12,5 +12,8 @@ QByteArray Recipe(int number);
 // Writes a file of at least `megabytes` MB; returns the number of recipes in it, 0 when the
 // file cannot be written.
 int Write(const QString& fileName, int megabytes);
+// The floor of reading such a file: its lines read with QFile::readLine and nothing else done.
+// Returns the exit code of a child that does it: 0 when it read lines, 1 when none.
+int ReadLines(const QString& fileName);
 
 }  // namespace Bench::MealMasterFile
