@@ -15,7 +15,7 @@
 #include <QTextBrowser>
 #include <QTextDocument>
 #include <QThread>
-#include <QTreeWidget>
+#include <QTreeView>
 #include <random>
 
 #include "bench/support/BenchOptions.h"
@@ -49,13 +49,15 @@ struct Options {
     int clicks = 200;
 };
 
-std::vector<QTreeWidgetItem*> RecipeNodes(QTreeWidget* tree) {
-    std::vector<QTreeWidgetItem*> nodes;
-    for (int g = 0; g < tree->topLevelItemCount(); ++g) {
-        for (int t = 0; t < tree->topLevelItem(g)->childCount(); ++t) {
-            QTreeWidgetItem* type = tree->topLevelItem(g)->child(t);
-            for (int r = 0; r < type->childCount(); ++r) {
-                nodes.push_back(type->child(r));
+std::vector<QModelIndex> RecipeNodes(QTreeView* tree) {
+    const QAbstractItemModel* model = tree->model();
+    std::vector<QModelIndex> nodes;
+    for (int g = 0; g < model->rowCount(); ++g) {
+        const QModelIndex group = model->index(g, 0);
+        for (int t = 0; t < model->rowCount(group); ++t) {
+            const QModelIndex type = model->index(t, 0, group);
+            for (int r = 0; r < model->rowCount(type); ++r) {
+                nodes.push_back(model->index(r, 0, type));
             }
         }
     }
@@ -111,7 +113,7 @@ double TimeFormerViewer(frmMain& window, const QByteArray& bytes) {
     return MillisecondsSince(start);
 }
 
-void TimePageSteps(frmMain& window, QTreeWidgetItem* group, PageSteps& steps) {
+void TimePageSteps(frmMain& window, const QModelIndex& group, PageSteps& steps) {
     auto start = Clock::now();
     modDisplay::DisplayGroup(modGeneral::ItemKey(group).mid(1).toInt());
     steps.writes.push_back(MillisecondsSince(start));
@@ -139,17 +141,18 @@ void PrintPageSteps(const QString& where, const PageSteps& steps) {
 
 // A click on each group node (twice round) until its page is painted, and where that time goes.
 void MeasureGroupClicks(frmMain& window, const QString& where) {
-    QTreeWidget* tree = window.tvRecipes;
+    QTreeView* tree = window.tvRecipes;
+    const int groups = tree->model()->rowCount();
     std::vector<double> clicks;
     PageSteps steps;
     int rows = 0;
-    for (int i = 0; i < 2 * tree->topLevelItemCount(); ++i) {
-        QTreeWidgetItem* group = tree->topLevelItem(i % tree->topLevelItemCount());
-        if (tree->currentItem() == group) {
+    for (int i = 0; i < 2 * groups; ++i) {
+        const QModelIndex group = tree->model()->index(i % groups, 0);
+        if (tree->currentIndex() == group) {
             continue;
         }
         const auto start = Clock::now();
-        tree->setCurrentItem(group);
+        tree->setCurrentIndex(group);
         window.webDisplay->viewport()->repaint();
         clicks.push_back(MillisecondsSince(start));
         rows = std::max(rows, window.webDisplay->document()->blockCount());
@@ -191,13 +194,13 @@ void MeasureTreeBuild(frmMain& window, const QString& where, int runs) {
 // Clicks on recipe nodes picked at random (the same ones every run); the node-click handling
 // writes and shows the page.
 void MeasureRecipeClicks(frmMain& window, const QString& where, int count) {
-    const std::vector<QTreeWidgetItem*> nodes = RecipeNodes(window.tvRecipes);
+    const std::vector<QModelIndex> nodes = RecipeNodes(window.tvRecipes);
     std::mt19937 random(20261122);
     std::vector<double> clicks;
     for (int i = 0; i < count && !nodes.empty(); ++i) {
-        QTreeWidgetItem* node = nodes[random() % nodes.size()];
+        const QModelIndex node = nodes[random() % nodes.size()];
         const auto start = Clock::now();
-        window.tvRecipes->setCurrentItem(node);
+        window.tvRecipes->setCurrentIndex(node);
         clicks.push_back(MillisecondsSince(start));
     }
     Print(where + QStringLiteral("  node click to page shown median %1 ms (%2 clicks)")

@@ -1,16 +1,17 @@
 // Measures the recipe tree of the main window on generated databases: RefreshTreeView without
 // the page it shows at its end (the page is measured right after each build and taken off), beside
 // the floor: the same catalogue statements through the sqlite3 C API, every row read into a key and
-// a QString. Also the peak memory of the process with the tree built. Prints figures only.
+// a QString. Also the peak memory of the process with the tree built, and what closing the recipe
+// editor costs. Prints figures only.
 //
-// Usage: bench_tree [--cache-dir DIR] [--sizes 10000,100000] [--runs N]
+// Usage: bench_tree [--cache-dir DIR] [--sizes 100000,1000000] [--runs N]
 
 #include <sqlite3.h>
 
 #include <QApplication>
 #include <QFile>
 #include <QThread>
-#include <QTreeWidget>
+#include <QTreeView>
 
 #include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
@@ -32,8 +33,8 @@ struct Options {
     }
 
     QString cacheDir;
-    std::vector<int> sizes{10000, 100000};
-    int runs = 9;
+    std::vector<int> sizes{100000, 1000000};
+    int runs = 5;
 };
 
 // The catalogue as the tree reads it, through the floor: groups, per group its subgroups, per
@@ -88,6 +89,8 @@ void MeasureTree(const QString& file, int recipes, const Options& options) {
     std::vector<double> floors;
     long long floorRows = 0;
     for (int run = 0; run < options.runs + 1; ++run) {
+        // A row written, so that the tree has to be read again.
+        modDatabase::Execute(QStringLiteral("UPDATE [Group] SET name = name WHERE groupID = 1;"));
         auto start = Clock::now();
         window.RefreshTreeView();
         const double total = Milliseconds(Clock::now() - start);
@@ -122,6 +125,39 @@ void MeasureTree(const QString& file, int recipes, const Options& options) {
               .arg(floorRows)
               .arg(trees.size())
               .arg(PeakMemory()));
+    MeasureEditorClose(window, recipes, options);
+}
+
+// What closing the recipe editor costs: the tree refreshed and the recipe selected again with
+// its page, after "Prekliči" (nothing changed) and after a save (one recipe row written).
+void MeasureEditorClose(frmMain& window, int recipes, const Options& options) {
+    const QString key = QStringLiteral("R%1").arg(recipes / 2);
+    std::vector<double> cancelled;
+    std::vector<double> saved;
+    for (int run = 0; run < options.runs + 1; ++run) {
+        auto start = Clock::now();
+        window.RefreshAndRestore(key);
+        const double cancel = Milliseconds(Clock::now() - start);
+        modDatabase::Execute(QStringLiteral("UPDATE [Recipe] SET title = title WHERE recipeID = ") +
+                             key.mid(1) + QStringLiteral(";"));
+        start = Clock::now();
+        window.RefreshAndRestore(key);
+        if (run > 0) {
+            cancelled.push_back(cancel);
+            saved.push_back(Milliseconds(Clock::now() - start));
+        }
+    }
+    const double limit = recipes >= 1000000 ? 1500.0 : 150.0;
+    const QString target = QStringLiteral("<= %1 ms").arg(limit);
+    Print(Where(QStringLiteral("sqlite"), recipes) +
+          QStringLiteral("  editor closed, tree refreshed and %1 shown again: after Prekliči median "
+                         "%2 ms %3, after a save %4 ms %5 (%6 runs)")
+              .arg(key)
+              .arg(Fixed(Median(cancelled)))
+              .arg(Verdict(target, Median(cancelled) <= limit))
+              .arg(Fixed(Median(saved)))
+              .arg(Verdict(target, Median(saved) <= limit))
+              .arg(cancelled.size()));
 }
 
 int Measure(const Options& options, const Workspace& work) {

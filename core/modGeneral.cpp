@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
+#include <QTreeView>
 #include <QTreeWidget>
 #include <vector>
 
@@ -129,6 +130,8 @@ QString ItemKey(const QTreeWidgetItem* item) {
     return item ? item->data(0, KeyRole).toString() : QString();
 }
 
+QString ItemKey(const QModelIndex& node) { return node.data(KeyRole).toString(); }
+
 void SelectListItem(QTreeWidget* list, const QString& key) {
     for (int i = 0; i < list->topLevelItemCount(); ++i) {
         QTreeWidgetItem* item = list->topLevelItem(i);
@@ -176,6 +179,18 @@ void SelectTreeViewItem(QTreeWidget* tree, const QString& key) {
     }
     if (QTreeWidgetItem* found = SelectNodesItem(tree->topLevelItem(0), key)) {
         tree->setCurrentItem(found);
+    }
+}
+
+void SelectTreeViewItem(QTreeView* tree, const QString& key) {
+    QAbstractItemModel* model = tree->model();
+    if (!model || model->rowCount() == 0) {
+        return;
+    }
+    const QModelIndexList found =
+        model->match(model->index(0, 0), KeyRole, key, 1, Qt::MatchExactly | Qt::MatchRecursive);
+    if (!found.isEmpty()) {
+        tree->setCurrentIndex(found.first());
     }
 }
 

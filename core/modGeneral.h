@@ -7,6 +7,8 @@
 #include <QtGlobal>
 
 class QComboBox;
+class QModelIndex;
+class QTreeView;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -52,8 +54,11 @@ void SelectListItem(QTreeWidget* list, const QString& key);
 QTreeWidgetItem* SelectNodesItem(QTreeWidgetItem* node, const QString& key);
 // Selects the node of the tree whose key equals `key`; the selection stays when none has it.
 void SelectTreeViewItem(QTreeWidget* tree, const QString& key);
+// The same for a tree view: its model finds the node (QAbstractItemModel::match on KeyRole).
+void SelectTreeViewItem(QTreeView* tree, const QString& key);
 // The key of a list entry or tree node.
 QString ItemKey(const QTreeWidgetItem* item);
+QString ItemKey(const QModelIndex& node);
 
 // The text without blanks (the space character only) at either end.
 QString TrimBlanks(const QString& text);

@@ -8,7 +8,7 @@
 #include <QShortcut>
 #include <QTextBrowser>
 #include <QToolBar>
-#include <QTreeWidget>
+#include <QTreeView>
 
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
@@ -16,7 +16,7 @@
 #include "core/ui/UiServices.h"
 #include "display/PageView.h"
 #include "display/modDisplay.h"
-#include "main/TreeNode.h"
+#include "main/RecipeTreeModel.h"
 
 using UiServices::MsgBox;
 using UiServices::SetMousePointer;
@@ -57,9 +57,12 @@ frmMain::frmMain(QWidget* parent) : QMainWindow(parent) {
     menus.Build(this);
     auto* central = new QWidget(this);
     setCentralWidget(central);
-    tvRecipes = new QTreeWidget(central);
+    tvRecipes = new QTreeView(central);
     tvRecipes->setObjectName(QStringLiteral("tvRecipes"));
+    m_tree = new RecipeTreeModel(tvRecipes);
+    tvRecipes->setModel(m_tree);
     tvRecipes->setHeaderHidden(true);
+    tvRecipes->setUniformRowHeights(true);
     tvRecipes->setExpandsOnDoubleClick(true);
     tvRecipes->viewport()->installEventFilter(this);
     imgSplitter = new QFrame(central);
@@ -80,16 +83,16 @@ frmMain::~frmMain() {
 }
 
 void frmMain::ConnectCommands() {
-    connect(tvRecipes, &QTreeWidget::currentItemChanged, this, [this] {
+    connect(tvRecipes->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
         if (!m_selectingFromCode) {
             tvRecipes_NodeClick();
         }
     });
     // A click on the node that is already selected, or Enter or Space on it, shows its page
     // afresh as well (the page may have changed, e.g. after a source was renamed).
-    new PressWatcher(tvRecipes->viewport(), [this] { m_nodeAtPress = tvRecipes->currentItem(); });
-    connect(tvRecipes, &QTreeWidget::pressed, this, [this] {
-        if (tvRecipes->currentItem() == m_nodeAtPress && !m_selectingFromCode) {
+    new PressWatcher(tvRecipes->viewport(), [this] { m_keyAtPress = SelectedKey(); });
+    connect(tvRecipes, &QTreeView::pressed, this, [this] {
+        if (SelectedKey() == m_keyAtPress && !m_selectingFromCode) {
             tvRecipes_NodeClick();
         }
     });
@@ -98,7 +101,7 @@ void frmMain::ConnectCommands() {
             new QShortcut(QKeySequence(key), tvRecipes, nullptr, nullptr, Qt::WidgetShortcut);
         connect(shortcut, &QShortcut::activated, this, [this] { tvRecipes_NodeClick(); });
     }
-    connect(tvRecipes, &QTreeWidget::itemDoubleClicked, this, [this] { tvRecipes_DblClick(); });
+    connect(tvRecipes, &QTreeView::doubleClicked, this, [this] { tvRecipes_DblClick(); });
     const auto on = [this](QAction* action, void (frmMain::*handler)()) {
         connect(action, &QAction::triggered, this, handler);
     };
@@ -128,51 +131,11 @@ void frmMain::ConnectCommands() {
 
 void frmMain::RefreshTreeView() {
     ErrorPath::PassOn("frmMain:RefreshTreeView", [&] {
-        using modDatabase::GetRecordset;
         SetMousePointer(UiServices::vbHourglass);
-        m_selectingFromCode = true;
-        tvRecipes->clear();
-        // Groups are filled while they stand apart from the tree, which is much faster than
-        // adding node by node; they join the tree when the building ends, also when it fails
-        // part-way, so the nodes read so far stay.
-        QList<QTreeWidgetItem*> groupNodes;
-        const auto attach = qScopeGuard([&] {
-            tvRecipes->addTopLevelItems(groupNodes);
-            m_selectingFromCode = false;
-        });
-        Recordset groups = GetRecordset(QStringLiteral("SELECT * FROM [Group] ORDER BY name;"));
-        for (; !groups.Eof(); groups.MoveNext()) {
-            const qint32 groupID = groups.Long(QStringLiteral("groupID"));
-            auto* groupNode = new TreeNode('G', groupID, groups.Text(QStringLiteral("Name")));
-            groupNodes << groupNode;
-            Recordset types =
-                GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
-                             QString::number(groupID) + QStringLiteral(" ORDER BY name;"));
-            for (; !types.Eof(); types.MoveNext()) {
-                const qint32 typeID = types.Long(QStringLiteral("typeID"));
-                auto* typeNode = new TreeNode('T', typeID, types.Text(QStringLiteral("Name")));
-                groupNode->addChild(typeNode);
-                Recordset recipes =
-                    GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") +
-                                 QString::number(typeID) + QStringLiteral(" ORDER BY title;"));
-                for (; !recipes.Eof(); recipes.MoveNext()) {
-                    typeNode->addChild(new TreeNode('R', recipes.Long(QStringLiteral("recipeID")),
-                                                    recipes.Text(QStringLiteral("Title"))));
-                }
-                recipes.Close();
-            }
-            types.Close();
-        }
-        groups.Close();
-        tvRecipes->addTopLevelItems(groupNodes);
-        groupNodes.clear();
-        m_selectingFromCode = true;
-        if (tvRecipes->topLevelItemCount() > 0) {
-            tvRecipes->setCurrentItem(tvRecipes->topLevelItem(0));
-            m_selectingFromCode = false;
+        RebuildTree();
+        if (m_tree->rowCount() > 0) {
             tvRecipes_NodeClick();
         } else {
-            m_selectingFromCode = false;
             Navigate(BlankPage);
         }
         EnableControls();
@@ -180,8 +143,31 @@ void frmMain::RefreshTreeView() {
     });
 }
 
+void frmMain::RebuildTree() {
+    {
+        // The nodes read before a failure stay in the tree.
+        m_selectingFromCode = true;
+        const auto read = qScopeGuard([this] { m_selectingFromCode = false; });
+        m_tree->Reload();
+    }
+    if (m_tree->rowCount() > 0) {
+        m_selectingFromCode = true;
+        tvRecipes->setCurrentIndex(m_tree->index(0, 0));
+        m_selectingFromCode = false;
+    }
+}
+
 void frmMain::RefreshAndRestore(const QString& key) {
-    RefreshTreeView();
+    // As RefreshTreeView, but the first group's page, which the restored node's page would
+    // replace at once, is not written on the way.
+    ErrorPath::PassOn("frmMain:RefreshTreeView", [&] {
+        SetMousePointer(UiServices::vbHourglass);
+        RebuildTree();
+        if (m_tree->rowCount() == 0) {
+            Navigate(BlankPage);
+        }
+        EnableControls();
+    });
     m_selectingFromCode = true;
     modGeneral::SelectTreeViewItem(tvRecipes, key);
     m_selectingFromCode = false;
@@ -219,14 +205,14 @@ void frmMain::Navigate(const QString& address) {
     PageView::Show(webDisplay, address);
 }
 
-QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->currentItem()); }
+QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->currentIndex()); }
 QString frmMain::SelectedKind() const { return SelectedKey().left(1); }
 qint32 frmMain::SelectedID() const { return SelectedKey().mid(1).toInt(); }
 
 qint32 frmMain::SelectedGroupID() const {
-    QTreeWidgetItem* node = tvRecipes->currentItem();
-    while (node && node->parent()) {
-        node = node->parent();
+    QModelIndex node = tvRecipes->currentIndex();
+    while (node.parent().isValid()) {
+        node = node.parent();
     }
     return modGeneral::ItemKey(node).mid(1).toInt();
 }
@@ -247,6 +233,10 @@ void frmMain::EnableControls() {
         menus.mnuEditTypeDelete->setEnabled(type);
         menus.mnuEditTypeNew->setEnabled(!kind.isEmpty());
     });
+}
+
+QModelIndex frmMain::NodeOfKey(const QString& key) const {
+    return m_tree->IndexOf(m_tree->Catalogue().Find(key));
 }
 
 void frmMain::ShowNode(const QString& key) {

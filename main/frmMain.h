@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QModelIndex>
 #include <QPointer>
 #include <QString>
 #include <functional>
@@ -14,8 +15,8 @@
 class QFrame;
 class frmFind;
 class QTextBrowser;
-class QTreeWidget;
-class QTreeWidgetItem;
+class QTreeView;
+class RecipeTreeModel;
 
 // The main window: the recipe tree on the left, the page of the selected node on the right,
 // the splitter between them, the menu bar and the toolbar.
@@ -35,6 +36,8 @@ public:
     void tvRecipes_NodeClick();
     // Sets the commands' enabled states by the kind of the selected node.
     void EnableControls();
+    // The node the tree shows with a key, as the tree's model gives it (invalid for none).
+    QModelIndex NodeOfKey(const QString& key) const;
     // Places the splitter's left edge (twips) within its limits and stores the position.
     void MoveSplitter(int wantedTwips);
     // Prints the page shown, with the print dialog or at once.
@@ -46,7 +49,7 @@ public:
     // a double click on a result of the search window does.
     void ShowNode(const QString& key);
 
-    QTreeWidget* tvRecipes = nullptr;
+    QTreeView* tvRecipes = nullptr;
     QTextBrowser* webDisplay = nullptr;
     QFrame* imgSplitter = nullptr;
     MainMenus menus;
@@ -63,6 +66,8 @@ private:
     // The address shown before any page and when none is to be shown.
     static const QString BlankPage;
 
+    // Reads the tree anew and selects its first node, without showing a page.
+    void RebuildTree();
     void Form_Load();
     void Form_Resize();
     bool Form_QueryUnload();
@@ -116,7 +121,8 @@ private:
     QString m_address;
     bool m_dragging = false;
     bool m_selectingFromCode = false;
-    QTreeWidgetItem* m_nodeAtPress = nullptr;  // the selected node when a mouse button went down
-    int m_splitterLeft = 0;                    // twips
+    RecipeTreeModel* m_tree = nullptr;
+    QString m_keyAtPress;    // the selected node's key when a mouse button went down
+    int m_splitterLeft = 0;  // twips
     PagePrinter::PageSetup m_savedPageSetup;
 };

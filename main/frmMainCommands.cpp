@@ -4,7 +4,7 @@
 #include <QAction>
 #include <QScopeGuard>
 #include <QTextBrowser>
-#include <QTreeWidget>
+#include <QTreeView>
 
 #include "about/frmAbout.h"
 #include "collection/RecipeRows.h"

@@ -2,7 +2,7 @@
 // exporting the recipes of the node selected in the tree.
 #include <QInputDialog>
 #include <QProgressDialog>
-#include <QTreeWidget>
+#include <QTreeView>
 
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
@@ -81,9 +81,8 @@ void frmMain::mnuDocumentImport_Click() {
 }
 
 qint32 frmMain::ImportType() {
-    const QTreeWidgetItem* node = tvRecipes->currentItem();
-    if (SelectedKind() == QLatin1String("R") && node->parent()) {
-        return modGeneral::ItemKey(node->parent()).mid(1).toInt();
+    if (SelectedKind() == QLatin1String("R")) {
+        return modGeneral::ItemKey(tvRecipes->currentIndex().parent()).mid(1).toInt();
     }
     if (SelectedKind() == QLatin1String("T")) {
         return SelectedID();

@@ -5,7 +5,7 @@
 #include <QLayout>
 #include <QMouseEvent>
 #include <QTextBrowser>
-#include <QTreeWidget>
+#include <QTreeView>
 #include <algorithm>
 
 #include "Version.h"

@@ -11,6 +11,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QTest>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include "core/modGeneral.h"
@@ -73,9 +74,7 @@ std::unique_ptr<frmMain> Open() {
 }
 
 void Select(frmMain& window, const QString& key) {
-    window.tvRecipes->setCurrentItem(
-        key.isEmpty() ? nullptr
-                      : modGeneral::SelectNodesItem(window.tvRecipes->topLevelItem(0), key));
+    window.tvRecipes->setCurrentIndex(key.isEmpty() ? QModelIndex() : window.NodeOfKey(key));
 }
 
 void Trigger(frmMain& window, const char* name) { window.findChild<QAction*>(name)->trigger(); }
@@ -106,9 +105,10 @@ private Q_SLOTS:
                          .arg(path)});
         QCOMPARE(Rows("SELECT recipeID, typeID, title FROM [Recipe] WHERE recipeID > 3"),
                  QStringList{"4|2|Kruhova juha"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
-        QCOMPARE(window->tvRecipes->currentItem()->text(0), QStringLiteral("Kruhova juha"));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()->parent()),
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R4"));
+        QCOMPARE(window->tvRecipes->currentIndex().data().toString(),
+                 QStringLiteral("Kruhova juha"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex().parent()),
                  QStringLiteral("T2"));
 
         // A recipe selected: its subgroup; a second import adds nothing and keeps the tree.
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(answers.reports.last().contains(
             QStringLiteral("Preskočen »Kruhova juha«: enak recept je že v zbirki")));
         QCOMPARE(Rows("SELECT COUNT(*) FROM [Recipe]"), QStringList{"4"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("T2"));
     }
 
     void asksForASubgroupWhenNoneIsSelected() {
@@ -141,7 +141,7 @@ private Q_SLOTS:
         QCOMPARE(offered,
                  (QStringList{"Juhe – Mesne juhe", "Juhe – Zelenjavne juhe", "Sladice – Pecivo"}));
         QCOMPARE(Rows("SELECT typeID FROM [Recipe] WHERE recipeID = 4"), QStringList{"2"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R4"));
 
         // Cancelled: nothing is imported.
         DialogDriver::WhenShown(QStringLiteral("dlgImportType"),

@@ -15,6 +15,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 #include <QToolBar>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include "core/Windows1250.h"
@@ -37,27 +38,28 @@ QByteArray FileBytes(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QStringList NodeTexts(const QTreeWidget* tree) {
+QStringList NodeTexts(const QTreeView* tree) {
+    const QAbstractItemModel* model = tree->model();
+    const auto line = [](const QModelIndex& node, int depth) {
+        return QString(depth * 2, QLatin1Char(' ')) + modGeneral::ItemKey(node) + QLatin1Char(' ') +
+               node.data().toString();
+    };
     QStringList texts;
-    for (int g = 0; g < tree->topLevelItemCount(); ++g) {
-        const QTreeWidgetItem* group = tree->topLevelItem(g);
-        texts << modGeneral::ItemKey(group) + QLatin1Char(' ') + group->text(0);
-        for (int t = 0; t < group->childCount(); ++t) {
-            const QTreeWidgetItem* type = group->child(t);
-            texts << QStringLiteral("  ") + modGeneral::ItemKey(type) + QLatin1Char(' ') +
-                         type->text(0);
-            for (int r = 0; r < type->childCount(); ++r) {
-                texts << QStringLiteral("    ") + modGeneral::ItemKey(type->child(r)) +
-                             QLatin1Char(' ') + type->child(r)->text(0);
+    for (int g = 0; g < model->rowCount(); ++g) {
+        const QModelIndex group = model->index(g, 0);
+        texts << line(group, 0);
+        for (int t = 0; t < model->rowCount(group); ++t) {
+            const QModelIndex type = model->index(t, 0, group);
+            texts << line(type, 1);
+            for (int r = 0; r < model->rowCount(type); ++r) {
+                texts << line(model->index(r, 0, type), 2);
             }
         }
     }
     return texts;
 }
 
-QTreeWidgetItem* Node(frmMain& window, const QString& key) {
-    return modGeneral::SelectNodesItem(window.tvRecipes->topLevelItem(0), key);
-}
+QModelIndex Node(frmMain& window, const QString& key) { return window.NodeOfKey(key); }
 
 QString StoreText() { return QString::fromUtf8(FileBytes(modRegistry::StoreFile(true))); }
 
@@ -109,7 +111,7 @@ private:
         return window;
     }
     void Select(frmMain& window, const QString& key) {
-        window.tvRecipes->setCurrentItem(key.isEmpty() ? nullptr : Node(window, key));
+        window.tvRecipes->setCurrentIndex(key.isEmpty() ? QModelIndex() : Node(window, key));
     }
     static bool Enabled(frmMain& w, const QString& name) {
         return w.findChild<QAction*>(name)->isEnabled();
@@ -134,13 +136,13 @@ private Q_SLOTS:
                               "    R1 Goveja juha", "  T2 Zelenjavne juhe",
                               "    R2 Korenčkova juha", "G2 Sladice", "  T3 Pecivo",
                               "    R4 Ajdov kolač", "    R3 čokoladna torta"}));
-        QVERIFY(window.tvRecipes->topLevelItem(0)->font(0).bold());
-        QVERIFY(Node(window, "T4")->font(0).bold());
-        QCOMPARE(Node(window, "T4")->childCount(), 0);
-        QVERIFY(!Node(window, "R1")->font(0).bold());
-        QVERIFY(Node(window, "R1")->icon(0).isNull());
+        QVERIFY(window.tvRecipes->model()->index(0, 0).data(Qt::FontRole).value<QFont>().bold());
+        QVERIFY(Node(window, "T4").data(Qt::FontRole).value<QFont>().bold());
+        QCOMPARE(window.tvRecipes->model()->rowCount(Node(window, "T4")), 0);
+        QVERIFY(!Node(window, "R1").data(Qt::FontRole).value<QFont>().bold());
+        QVERIFY(Node(window, "R1").data(Qt::DecorationRole).isNull());
         // the first group is selected and its page shown
-        QCOMPARE(modGeneral::ItemKey(window.tvRecipes->currentItem()), QStringLiteral("G3"));
+        QCOMPARE(modGeneral::ItemKey(window.tvRecipes->currentIndex()), QStringLiteral("G3"));
         QCOMPARE(window.DisplayedAddress(), modGeneral::TempFilename);
         QCOMPARE(window.webDisplay->toPlainText().left(4), QStringLiteral("Čaji"));
         QCOMPARE(UiServices::MousePointer(), int(UiServices::vbDefault));
@@ -148,7 +150,7 @@ private Q_SLOTS:
 
     void emptyDatabaseGivesEmptyTreeAndBlankPage() {
         auto window = Open(TestDatabase::Sqlite, false);
-        QCOMPARE(window->tvRecipes->topLevelItemCount(), 0);
+        QCOMPARE(window->tvRecipes->model()->rowCount(), 0);
         QCOMPARE(window->DisplayedAddress(), QStringLiteral("about:blank"));
         QCOMPARE(window->webDisplay->toPlainText(), QString());
         for (const char* name : {"mnuDocumentEdit", "mnuDocumentDelete", "mnuEditGroupEdit",
@@ -253,11 +255,11 @@ private Q_SLOTS:
         auto window = Open(kind);
         TestDatabase::Insert("Recipe", {{"typeID", 2}, {"title", "Bučna juha"}});
         window->RefreshAndRestore(QStringLiteral("R4"));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R4"));
         QCOMPARE(FileBytes(modGeneral::TempFilename),
                  Windows1250::Encode(modDisplay::RecipePage(4)));
         window->RefreshAndRestore(QStringLiteral("R99"));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G1"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("G1"));
     }
 
     void deletingARecipeAsksAndRemovesItsSections_data() { TestDatabase::AddKinds(); }
@@ -285,8 +287,8 @@ private Q_SLOTS:
                  (QStringList{"1|1|1", "2|4|1"}));
         QCOMPARE(Rows("SELECT sectionID FROM [SectionIngredient] ORDER BY sectionIngredientID;"),
                  (QStringList{"1", "4", "4"}));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G1"));
-        QVERIFY(!Node(*window, "R3"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("G1"));
+        QVERIFY(!Node(*window, "R3").isValid());
     }
 
     void deletingAGroupWithSubgroupsIsRefused_data() { TestDatabase::AddKinds(); }
@@ -307,7 +309,7 @@ private Q_SLOTS:
         window->menus.mnuEditGroupDelete->trigger();
         QCOMPARE(messages.Texts(), QStringList{"Ali res želite izbrisati skupino?"});
         QCOMPARE(Rows("SELECT name FROM [Group] ORDER BY name;"), (QStringList{"Juhe", "Sladice"}));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G1"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("G1"));
     }
 
     void deletingATypeWithRecipesIsRefused_data() { TestDatabase::AddKinds(); }
@@ -368,14 +370,14 @@ private Q_SLOTS:
             }
         });
         // right click on another node: the menu is the selected node's, the selection stays
-        QTreeWidgetItem* other = Node(*window, "R2");
-        window->tvRecipes->scrollToItem(other);
+        const QModelIndex other = Node(*window, "R2");
+        window->tvRecipes->scrollTo(other);
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::RightButton, {},
-                          window->tvRecipes->visualItemRect(other).center());
+                          window->tvRecipes->visualRect(other).center());
         QTRY_COMPARE(shownMenu, menu);
         QCOMPARE(shownDefault, defaultItem);
         QVERIFY(shownDefaultBold);
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), key);
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), key);
         QVERIFY(!window->findChild<QMenu*>(menu)->defaultAction());
     }
 
@@ -400,7 +402,7 @@ private Q_SLOTS:
         Select(*window, key);
         QSignalSpy triggered(window->findChild<QAction*>(command), &QAction::triggered);
         OnNextDialog([](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); });
-        const QPoint where = window->tvRecipes->visualItemRect(Node(*window, key)).center();
+        const QPoint where = window->tvRecipes->visualRect(Node(*window, key)).center();
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTRY_COMPARE(triggered.count(), 1);
@@ -620,8 +622,9 @@ private Q_SLOTS:
         QCOMPARE(Rows("SELECT groupID, name, description FROM [Group] ORDER BY groupID;"),
                  (QStringList{"1|Juhe|Tople juhe\r\nin enolončnice", "2|Sladice|NULL",
                               "3|Enolončnice|NULL"}));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G3"));
-        QCOMPARE(window->tvRecipes->topLevelItem(0)->text(0), QStringLiteral("Enolončnice"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("G3"));
+        QCOMPARE(window->tvRecipes->model()->index(0, 0).data().toString(),
+                 QStringLiteral("Enolončnice"));
         QCOMPARE(FileBytes(modGeneral::TempFilename),
                  Windows1250::Encode(modDisplay::GroupPage(3)));
         QCOMPARE(UiServices::MousePointer(), int(UiServices::vbDefault));
@@ -634,7 +637,7 @@ private Q_SLOTS:
         window->menus.mnuEditGroupNew->trigger();
         QCOMPARE(modGeneral::lngLastID, -1);
         QCOMPARE(Rows("SELECT COUNT(*) FROM [Group];"), QStringList{"2"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R2"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R2"));
         QCOMPARE(FileBytes(modGeneral::TempFilename),
                  Windows1250::Encode(modDisplay::RecipePage(2)));
     }
@@ -648,14 +651,15 @@ private Q_SLOTS:
         Select(*window, "G2");
         QString shownName;
         AnswerRecordDialog(QStringLiteral("Pecivo in sladice"), nullptr, &shownName);
-        const QPoint where = window->tvRecipes->visualItemRect(Node(*window, "G2")).center();
+        const QPoint where = window->tvRecipes->visualRect(Node(*window, "G2")).center();
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTRY_COMPARE(Rows("SELECT name FROM [Group] WHERE groupID = 2;"),
                      QStringList{"Pecivo in sladice"});
         QCOMPARE(shownName, QStringLiteral("Sladice"));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("G2"));
-        QCOMPARE(window->tvRecipes->currentItem()->text(0), QStringLiteral("Pecivo in sladice"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("G2"));
+        QCOMPARE(window->tvRecipes->currentIndex().data().toString(),
+                 QStringLiteral("Pecivo in sladice"));
     }
 
     void newSubgroupBelongsToTheGroupOfTheSelectedNode_data() { TestDatabase::AddKinds(); }
@@ -669,8 +673,8 @@ private Q_SLOTS:
         QCOMPARE(caption, QStringLiteral("Vnos podskupine receptov"));
         QCOMPARE(Rows("SELECT typeID, groupID, name FROM [Type] WHERE name = 'Torte';"),
                  QStringList{"4|2|Torte"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T4"));
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()->parent()),
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("T4"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex().parent()),
                  QStringLiteral("G2"));
         Select(*window, "T1");
         AnswerRecordDialog(QStringLiteral("Torte"));  // the same name in group 1 is allowed
@@ -688,7 +692,7 @@ private Q_SLOTS:
         QCOMPARE(shownName, QStringLiteral("Zelenjavne juhe"));
         QCOMPARE(Rows("SELECT groupID, name FROM [Type] WHERE typeID = 2;"),
                  QStringList{"1|Zelenjavne juhe in enolončnice"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("T2"));
     }
 
     void newRecipeFromTheEditorIsSelectedAndShown_data() { TestDatabase::AddKinds(); }
@@ -722,7 +726,7 @@ private Q_SLOTS:
         QCOMPARE(Rows("SELECT amount, unitID, ingredientID FROM [SectionIngredient] WHERE "
                       "sectionID = 5;"),
                  QStringList{"500|1|1"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R4"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R4"));
         QCOMPARE(FileBytes(modGeneral::TempFilename),
                  Windows1250::Encode(modDisplay::RecipePage(4)));
     }
@@ -738,7 +742,7 @@ private Q_SLOTS:
         QCOMPARE(messages.Texts(), QStringList{"Ali res želite preklicati vnešene podatke?"});
         QCOMPARE(modGeneral::lngLastID, -1);
         QCOMPARE(Rows("SELECT COUNT(*) FROM [Recipe];"), QStringList{"3"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("T2"));
     }
 
     void editingARecipeOpensItAndKeepsItsNode_data() { TestDatabase::AddKinds(); }
@@ -761,14 +765,14 @@ private Q_SLOTS:
             editor->findChild<QLineEdit*>("txtRecipeTitle")->setText("Čokoladna torta");
             editor->findChild<QPushButton*>("cmdOK")->click();
         });
-        const QPoint where = window->tvRecipes->visualItemRect(Node(*window, "R3")).center();
+        const QPoint where = window->tvRecipes->visualRect(Node(*window, "R3")).center();
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTest::mouseDClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, where);
         QTRY_COMPARE(title, QStringLiteral("čokoladna torta"));
         QCOMPARE(sections, (QStringList{"Testo", "Krema"}));
         QTRY_COMPARE(Rows("SELECT title FROM [Recipe] WHERE recipeID = 3;"),
                      QStringList{"Čokoladna torta"});
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R3"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R3"));
         QCOMPARE(Rows("SELECT place, title FROM [RecipeSection] INNER JOIN [Section] ON "
                       "[RecipeSection].sectionID = [Section].sectionID WHERE recipeID = 3 ORDER "
                       "BY place;"),
@@ -803,7 +807,7 @@ private Q_SLOTS:
         });
         window->findChild<QAction*>(command)->trigger();
         QCOMPARE(shown, caption);
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R1"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R1"));
     }
 
     void searchWindowStaysOpenBesideTheMainWindow() {

@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTextBrowser>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include "core/AppError.h"
@@ -53,8 +54,7 @@ private:
 
     void SelectShown(frmMain& window, const QString& key) {
         window.tvRecipes->expandAll();
-        window.tvRecipes->setCurrentItem(
-            modGeneral::SelectNodesItem(window.tvRecipes->topLevelItem(0), key));
+        window.tvRecipes->setCurrentIndex(window.NodeOfKey(key));
     }
 
     void CheckSetupIsTheUsers() {
@@ -96,10 +96,10 @@ private Q_SLOTS:
         // The source is renamed (as the list editor does): the tree stays as it is.
         TestDatabase::Exec(U("UPDATE [Source] SET name = 'Stara kuharica' WHERE sourceID = 1;"));
         QVERIFY(window->webDisplay->toPlainText().contains(U("Vir: Babičina kuharica")));
-        QTreeWidgetItem* node = window->tvRecipes->currentItem();
+        const QModelIndex node = window->tvRecipes->currentIndex();
         QCOMPARE(modGeneral::ItemKey(node), QStringLiteral("R1"));
         if (how == QLatin1String("click")) {
-            const QPoint centre = window->tvRecipes->visualItemRect(node).center();
+            const QPoint centre = window->tvRecipes->visualRect(node).center();
             QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {}, centre);
         } else {
             window->tvRecipes->setFocus();
@@ -108,7 +108,7 @@ private Q_SLOTS:
                                                                 : Qt::Key_Space;
             QTest::keyClick(window->tvRecipes, key);
         }
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("R1"));
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("R1"));
         QVERIFY2(window->webDisplay->toPlainText().contains(U("Vir: Stara kuharica")),
                  qPrintable(window->webDisplay->toPlainText()));
         QCOMPARE(messages.Texts(), QStringList());
@@ -121,11 +121,10 @@ private Q_SLOTS:
         auto window = Open(kind);
         QVERIFY(window);
         SelectShown(*window, QStringLiteral("R1"));
-        QTreeWidgetItem* other =
-            modGeneral::SelectNodesItem(window->tvRecipes->topLevelItem(0), QStringLiteral("T2"));
+        const QModelIndex other = window->NodeOfKey(QStringLiteral("T2"));
         QTest::mouseClick(window->tvRecipes->viewport(), Qt::LeftButton, {},
-                          window->tvRecipes->visualItemRect(other).center());
-        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentItem()), QStringLiteral("T2"));
+                          window->tvRecipes->visualRect(other).center());
+        QCOMPARE(modGeneral::ItemKey(window->tvRecipes->currentIndex()), QStringLiteral("T2"));
         QVERIFY(window->webDisplay->toPlainText().startsWith(U("Juhe - Zelenjavne juhe")));
     }
 

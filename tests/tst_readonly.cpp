@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTest>
+#include <QTreeView>
 #include <QTreeWidget>
 #include <functional>
 
@@ -108,10 +109,10 @@ void UseForReading(const QString& fileName) {
              qPrintable(modDatabase::Connection->LastError()));
     {
         frmMain window;
-        auto* tree = window.findChild<QTreeWidget*>(QStringLiteral("tvRecipes"));
+        auto* tree = window.findChild<QTreeView*>(QStringLiteral("tvRecipes"));
         QVERIFY(tree);
-        QCOMPARE(tree->topLevelItemCount(), 2);
-        QCOMPARE(tree->topLevelItem(0)->text(0), QStringLiteral("Juhe"));
+        QCOMPARE(tree->model()->rowCount(), 2);
+        QCOMPARE(tree->model()->index(0, 0).data().toString(), QStringLiteral("Juhe"));
     }
     modDisplay::DisplayRecipe(3);
     QFile page(modGeneral::TempFilename);

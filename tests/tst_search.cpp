@@ -102,6 +102,7 @@ QStringList Rows(const QTreeView* list) {
 }
 
 QString Key(const QTreeWidgetItem* item) { return modGeneral::ItemKey(item); }
+QString Key(const QModelIndex& node) { return modGeneral::ItemKey(node); }
 
 // Mouse actions on a list's entry or on an empty place below the entries.
 QPoint EntryPoint(QTreeView* list, int row) {
@@ -884,7 +885,7 @@ private Q_SLOTS:
         TestDatabase::LoadSmallCollection();
         modGeneral::TempFilename = TestDatabase::WorkFolder() + QStringLiteral("/page.html");
         frmMain main;
-        QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("G1"));
+        QCOMPARE(Key(main.tvRecipes->currentIndex()), QStringLiteral("G1"));
         // Opened by the main window's command, which shows the chosen recipe in its tree.
         main.menus.Button(QStringLiteral("find"))->trigger();
         m_window = main.findChild<frmFind*>(QStringLiteral("frmFind"));
@@ -896,10 +897,10 @@ private Q_SLOTS:
         // Nothing selected: a double click on empty space does nothing.
         const QByteArray groupPage = FileBytes(modGeneral::TempFilename);
         DoubleClick(results, EmptyPoint(results));
-        QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("G1"));
+        QCOMPARE(Key(main.tvRecipes->currentIndex()), QStringLiteral("G1"));
         QCOMPARE(FileBytes(modGeneral::TempFilename), groupPage);
         DoubleClick(results, EntryPoint(results, 2));
-        QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("R2"));
+        QCOMPARE(Key(main.tvRecipes->currentIndex()), QStringLiteral("R2"));
         QCOMPARE(FileBytes(modGeneral::TempFilename),
                  Windows1250::Encode(modDisplay::RecipePage(2)));
         QCOMPARE(main.DisplayedAddress(), modGeneral::TempFilename);
@@ -907,12 +908,12 @@ private Q_SLOTS:
         QVERIFY(w->isVisible());
         QCOMPARE(Rows(results), (QStringList{R3, R1, R2}));
         DoubleClick(results, EntryPoint(results, 0));
-        QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("R3"));
+        QCOMPARE(Key(main.tvRecipes->currentIndex()), QStringLiteral("R3"));
         QCOMPARE(FileBytes(modGeneral::TempFilename),
                  Windows1250::Encode(modDisplay::RecipePage(3)));
         // With a result selected, a double click on empty space clears the choice first.
         DoubleClick(results, EmptyPoint(results));
-        QCOMPARE(Key(main.tvRecipes->currentItem()), QStringLiteral("R3"));
+        QCOMPARE(Key(main.tvRecipes->currentIndex()), QStringLiteral("R3"));
         QCOMPARE(m_messages->Texts(), QStringList());
         QVERIFY(!QFile::exists(LogName));
     }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QVariant>
 #include <QVariantList>
+#include <atomic>
 #include <memory>
 
 // What a database library said when a statement failed: its code (SQLite's extended result
@@ -24,6 +26,9 @@ public:
     // Moves to the next row; false at the end, or on a failure (then `failure` says so).
     virtual bool Next(SqlFailure& failure) = 0;
     virtual QVariant Value(int column) const = 0;
+    // A column's value as the library holds it in text (UTF-8), valid until the next row; empty
+    // for NULL. Reads many rows without a copy of each value.
+    virtual QByteArrayView Text(int column) const = 0;
     virtual int ColumnCount() const = 0;
     virtual QString ColumnName(int column) const = 0;
 };
@@ -38,4 +43,10 @@ public:
     // at a time from the database as they are read (for tables read whole). The session stays
     // open while one of its statements is left.
     virtual std::unique_ptr<SqlCursor> NewCursor(bool streamed) = 0;
+    // A number that no other session of this process has had.
+    quint64 Serial() const { return m_serial; }
+
+private:
+    static inline std::atomic<quint64> s_sessions{0};
+    const quint64 m_serial = ++s_sessions;
 };

@@ -50,6 +50,10 @@ QVariant SqlStatement::Value(int column) const {
     return m_prepared ? m_cursor->Value(column) : QVariant();
 }
 
+QByteArrayView SqlStatement::Text(int column) const {
+    return m_prepared ? m_cursor->Text(column) : QByteArrayView();
+}
+
 int SqlStatement::ColumnCount() const { return m_prepared ? m_cursor->ColumnCount() : 0; }
 
 QString SqlStatement::ColumnName(int column) const {

@@ -362,6 +362,27 @@ Recordset GetRecordset(const QString& sql, const QString& typed) {
     });
 }
 
+void ReadRows(const QString& sql, const std::function<void(const SqlStatement&)>& row) {
+    ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
+        DbConnection& connection = Opened();
+        if (connection.State() != adStateOpen) {
+            ErrorPath::Raise(3709, !connection.LastError().isEmpty()
+                                       ? connection.LastError()
+                                       : QStringLiteral("The connection is closed."));
+        }
+        SqlStatement query(connection);
+        if (!query.Exec(connection.Translate(sql))) {
+            RaiseDriverError(connection, query.Failure());
+        }
+        while (query.Next()) {
+            row(query);
+        }
+        if (!query.Failure().text.isEmpty()) {
+            RaiseDriverError(connection, query.Failure());
+        }
+    });
+}
+
 void DeleteRecordset(Recordset& rs) {
     ErrorPath::PassOn("modDatabase:DeleteRecordset", [&] {
         while (!rs.Eof()) {

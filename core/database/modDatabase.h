@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QVariant>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -12,6 +13,7 @@
 #include "core/database/SqlSession.h"
 
 struct sqlite3;
+class SqlStatement;
 
 // The program's single database connection and the operations through which every window
 // reaches the tables: open, query into a result set, delete the rows of a result set, close,
@@ -102,6 +104,9 @@ Recordset GetRecordset(const QString& sql);
 // database library (its name as source) and never reaches the database. The server reads a
 // backslash in a literal as a plain character (standard_conforming_strings, set at connect).
 Recordset GetRecordset(const QString& sql, const QString& typed);
+// Runs a SELECT as GetRecordset does and hands each row to `row` as the database library holds
+// it, without a copy in a result set: for reading many rows once.
+void ReadRows(const QString& sql, const std::function<void(const SqlStatement&)>& row);
 // Deletes every row from the current one to the end.
 void DeleteRecordset(Recordset& rs);
 // Closes and releases the shared connection.
