@@ -50,6 +50,11 @@ QVariant SqlStatement::Value(int column) const {
     return m_prepared ? m_cursor->Value(column) : QVariant();
 }
 
+const char* SqlStatement::Text(int column, int& length) const {
+    length = 0;
+    return m_prepared ? m_cursor->Text(column, length) : nullptr;
+}
+
 int SqlStatement::ColumnCount() const { return m_prepared ? m_cursor->ColumnCount() : 0; }
 
 QString SqlStatement::ColumnName(int column) const {
