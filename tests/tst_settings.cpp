@@ -587,25 +587,6 @@ private Q_SLOTS:
         CompareValues(CurrentValues(), stored);
     }
 
-    // A stored display file whose folder this session does not have gives way to the start-up
-    // default when "Prekliči" reads the store back; the store keeps it.
-    void cancelWithTheDisplayFileInAMissingFolderUsesTheDefault() {
-        TestDatabase::OpenFresh(TestDatabase::Sqlite);
-        TempFilename = TestDatabase::WorkFolder() + QStringLiteral("/no-such-login/page.html");
-        const SettingsValues stored = CurrentValues();
-        StoreValues(stored);
-        const QString storeBefore = ReadStoreFile();
-        MessageRecorder messages;
-        const int result = ShowDialog([](frmSettings* dialog) {
-            QTest::mouseClick(Button(dialog, "cmdCancel"), Qt::LeftButton);
-        });
-        QCOMPARE(result, int(QDialog::Rejected));
-        QCOMPARE(TempFilename, DefaultTempFilename());
-        QCOMPARE(DatabaseName, stored.database);
-        QCOMPARE(ReadStoreFile(), storeBefore);
-        QVERIFY(messages.Messages().isEmpty());
-    }
-
     void cancelWithoutAWorkingConnectionEndsTheProgram_data() { TestDatabase::AddKinds(); }
     void cancelWithoutAWorkingConnectionEndsTheProgram() {
         QFETCH(QString, kind);
