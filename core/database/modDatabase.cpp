@@ -156,9 +156,9 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
         TryRun(*this, QStringLiteral("PRAGMA synchronous=FULL"));
         PlannerStatistics::Keep(SqliteHandle());
     }
-    // A connection that lives long keeps more pages at hand. A short read does
+    // A connection that lives long keeps more pages at hand. A short read (OpenToRead) does
     // better with SQLite's small default: the memory of a large cache is new to the process,
-    // and filling it costs a page fault for every few pages read.
+    // and filling it costs a page fault for every page read.
     TryRun(*this, QStringLiteral("PRAGMA cache_size=-65536"));
 }
 
