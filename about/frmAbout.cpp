@@ -16,7 +16,6 @@
 #include "Version.h"
 #include "core/AppError.h"
 #include "core/modGeneral.h"
-#include "core/registry/modRegistry.h"
 #include "core/startup/Startup.h"
 
 namespace {
@@ -60,10 +59,8 @@ frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
 }
 
 QString frmAbout::ProgramIconFile() {
-    QString installDir =
-        modRegistry::GetRegistryString(modRegistry::ProgramKey, QStringLiteral("InstallDir"),
-                                       modGeneral::DefaultInstallDir(), true);
-    return QDir(installDir).absoluteFilePath(QStringLiteral("icons/morvena.svg"));
+    return QDir(modGeneral::InstallationFolder())
+        .absoluteFilePath(QStringLiteral("icons/morvena.svg"));
 }
 
 QIcon frmAbout::ProgramIcon() {

@@ -5,10 +5,13 @@
 // and the list (reading the rows into the list's model and painting); and beside each the floor:
 // the same SQL text through the sqlite3 C API with the program's functions registered, and
 // without them (SQLite's built-in NOCASE and LIKE, for scale). SQLite, and PostgreSQL (without a
-// floor) when --pg-server is given. Prints figures only.
+// floor) when --pg-server is given. With --tool, each search also as a whole process of
+// morvena-tool search beside the floor of the same SQL text run by the sqlite3 shell (on
+// PostgreSQL by psql, the text as the server receives it). Prints figures only.
 //
 // Usage: bench_search [--cache-dir DIR] [--pg-server HOST:PORT] [--sizes 100000] [--runs N]
-//                     [--shapes uniform,home]
+//                     [--shapes uniform,home] [--tool MORVENA-TOOL] [--shell SQLITE3]
+//                     [--psql PSQL] [--process-runs N]
 
 #include <sqlite3.h>
 
@@ -24,8 +27,10 @@
 
 #include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
+#include "bench/support/ProcessPair.h"
 #include "bench/support/SqliteFloor.h"
 #include "bench/support/Workspace.h"
+#include "core/database/SqlDialect.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "search/ResultsModel.h"
@@ -41,7 +46,10 @@ namespace {
 struct Options {
     std::vector<Option> List() {
         return {Text("--cache-dir", "DIR", cacheDir), Text("--pg-server", "HOST:PORT", pgServer),
-                Sizes("--sizes", "N,N", sizes), Count("--runs", runs), Shapes("--shapes", shapes)};
+                Sizes("--sizes", "N,N", sizes),       Count("--runs", runs),
+                Shapes("--shapes", shapes),           Text("--tool", "MORVENA-TOOL", tool),
+                Text("--shell", "SQLITE3", shell),    Text("--psql", "PSQL", psql),
+                Count("--process-runs", processRuns)};
     }
 
     QString cacheDir;
@@ -49,6 +57,10 @@ struct Options {
     std::vector<int> sizes{100000};
     std::vector<Shape> shapes{Shape::Uniform, Shape::HomeCooking};
     int runs = 11;
+    QString tool;
+    QString shell = QStringLiteral("sqlite3");
+    QString psql = QStringLiteral("psql");
+    int processRuns = 7;
 };
 
 struct Case {
@@ -56,7 +68,11 @@ struct Case {
     QList<std::tuple<int, QStringList, qint16>> criteria;
     double sqliteTarget;  // ms, 0 for none
     double postgresTarget;
+    double postgresProcessTarget = 0;  // ms for the whole process, 0 for none
 };
+
+// A whole search process may take this many times its floor's.
+constexpr double ProcessRatioTarget = 1.6;
 
 QList<Case> Cases(Shape shape) {
     using namespace SearchQuery;
@@ -75,6 +91,7 @@ QList<Case> Cases(Shape shape) {
         {QStringLiteral("one method text (Potek dela 'prilijemo vode')"),
          {{Instructions, {"prilijemo vode"}, 0}},
          300,
+         500,
          500},
         {QStringLiteral("method text found nowhere (Potek dela 'žafran')"),
          {{Instructions, {"žafran"}, 0}},
@@ -299,6 +316,67 @@ void MeasureCase(const QString& where, const Case& c, int runs, Floors* floors) 
     }
 }
 
+// morvena-tool's options for the case, as the window composes it.
+QStringList ToolSearch(const Options& options, const Case& c, const QString& database) {
+    QStringList command{options.tool, QStringLiteral("search")};
+    for (const auto& [criterion, values, match] : c.criteria) {
+        const QString key = SearchQuery::Key(criterion);
+        for (const QString& value : values) {
+            command << QStringLiteral("--") + key << value;
+        }
+        if (match == SearchQuery::AnyValue) {
+            command << QStringLiteral("--any") << key;
+        }
+    }
+    return command << QStringLiteral("--database") << database;
+}
+
+// Every case as a whole process of morvena-tool search beside its floor process: on a file the
+// sqlite3 shell with the same SQL text, on a server psql with the text the server receives.
+void MeasureProcesses(const QString& where, Shape shape, const Options& options,
+                      const QString& database, const QString& sqliteFile) {
+    if (options.tool.isEmpty()) {
+        return;
+    }
+    for (const Case& c : Cases(shape)) {
+        const QString sql = Sql(c);
+        const QStringList floor = sqliteFile.isEmpty()
+                                      ? QStringList{options.psql,
+                                                    QStringLiteral("-X"),
+                                                    QStringLiteral("-q"),
+                                                    QStringLiteral("-A"),
+                                                    QStringLiteral("-t"),
+                                                    QStringLiteral("-d"),
+                                                    database,
+                                                    QStringLiteral("-c"),
+                                                    SqlDialect::ToPostgres(sql)}
+                                      : QStringList{options.shell, sqliteFile, sql};
+        const QStringList command = ToolSearch(options, c, database);
+        const ProcessPair pair = TimeProcessPair(command, floor, options.processRuns);
+        if (pair.median < 0) {
+            Print(QStringLiteral("%1  %2: whole process failed: %3")
+                      .arg(where, c.name, command.join(QLatin1Char(' '))));
+            continue;
+        }
+        const double ratio = Ratio(pair.median, pair.floor);
+        const QString verdict =
+            !sqliteFile.isEmpty()
+                ? QLatin1Char(' ') +
+                      Verdict(QStringLiteral("<= %1 x the floor").arg(ProcessRatioTarget),
+                              ratio <= ProcessRatioTarget)
+                : TargetNote(pair.median, c.postgresProcessTarget);
+        Print(QStringLiteral("%1  %2: morvena-tool search, whole process, median %3 ms%4  floor "
+                             "(%5, same SQL text) %6 ms  ratio %7  (peak %8 MB, floor %9 MB; "
+                             "%10 runs each, in turn)")
+                  .arg(where, c.name, Fixed(pair.median), verdict,
+                       sqliteFile.isEmpty() ? QStringLiteral("psql")
+                                            : QStringLiteral("sqlite3 shell"),
+                       Fixed(pair.floor), RatioText(pair.median, pair.floor),
+                       Fixed(pair.peakMegabytes, 1), Fixed(pair.floorPeakMegabytes, 1))
+                  .arg(pair.runs));
+    }
+}
+
 // Every case on the shared connection; the SQLite file's floors when one is given.
 void MeasureSearches(const QString& label, Shape shape, int recipes, int runs,
                      const QString& sqliteFile) {
@@ -312,8 +390,14 @@ void MeasureSearches(const QString& label, Shape shape, int recipes, int runs,
     }
 }
 
-int MeasureOnFile(const Workspace& work, Shape shape, int recipes, int runs) {
+int MeasureOnFile(const Workspace& work, const Options& options, Shape shape, int recipes,
+                  int runs) {
     const QString file = work.Database(recipes, shape);
+    if (!file.isEmpty()) {
+        // Before the program's own connection has the file open (in write-ahead mode).
+        MeasureProcesses(QStringLiteral("sqlite %1 %2").arg(ShapeName(shape)).arg(recipes), shape,
+                         options, file, file);
+    }
     const bool opened = !file.isEmpty() && OpenShared(modDatabase::FileDatabase, QString(), file);
     if (opened) {
         MeasureSearches(QStringLiteral("sqlite"), shape, recipes, runs, file);
@@ -322,7 +406,8 @@ int MeasureOnFile(const Workspace& work, Shape shape, int recipes, int runs) {
     return opened ? 0 : 1;
 }
 
-int MeasureOnServer(const QString& server, Shape shape, int recipes, int runs) {
+int MeasureOnServer(const QString& server, const Options& options, Shape shape, int recipes,
+                    int runs) {
     const QString name = QStringLiteral("bench_search_%1_%2").arg(ShapeName(shape)).arg(recipes);
     const auto start = Clock::now();
     const bool opened = OpenGeneratedOnServer(server, name, recipes, shape);
@@ -332,6 +417,10 @@ int MeasureOnServer(const QString& server, Shape shape, int recipes, int runs) {
                   .arg(recipes)
                   .arg(Fixed(Milliseconds(Clock::now() - start) / 1000.0)));
         MeasureSearches(QStringLiteral("postgresql"), shape, recipes, runs, QString());
+        MeasureProcesses(
+            QStringLiteral("postgresql %1 %2").arg(ShapeName(shape)).arg(recipes), shape, options,
+            QStringLiteral("postgresql://%1:%2@%3/%4").arg(PgUser, PgPassword, server, name),
+            QString());
     }
     modDatabase::CloseConnection();
     return opened ? 0 : 1;
@@ -349,9 +438,9 @@ int Measure(const Options& options, const Workspace& work) {
     int status = 0;
     for (const int recipes : options.sizes) {
         for (const Shape shape : options.shapes) {
-            status |= MeasureOnFile(work, shape, recipes, options.runs);
+            status |= MeasureOnFile(work, options, shape, recipes, options.runs);
             if (!options.pgServer.isEmpty()) {
-                status |= MeasureOnServer(options.pgServer, shape, recipes, options.runs);
+                status |= MeasureOnServer(options.pgServer, options, shape, recipes, options.runs);
             }
         }
     }

@@ -79,6 +79,38 @@ QString PeakMemory() {
     return QStringLiteral("unknown");
 }
 
+// What closing the recipe editor costs: the tree refreshed and the recipe selected again with
+// its page, after "Prekliči" (nothing changed) and after a save (one recipe row written).
+void MeasureEditorClose(frmMain& window, int recipes, const Options& options) {
+    const QString key = QStringLiteral("R%1").arg(recipes / 2);
+    std::vector<double> cancelled;
+    std::vector<double> saved;
+    for (int run = 0; run < options.runs + 1; ++run) {
+        auto start = Clock::now();
+        window.RefreshAndRestore(key);
+        const double cancel = Milliseconds(Clock::now() - start);
+        modDatabase::Execute(QStringLiteral("UPDATE [Recipe] SET title = title WHERE recipeID = ") +
+                             key.mid(1) + QStringLiteral(";"));
+        start = Clock::now();
+        window.RefreshAndRestore(key);
+        if (run > 0) {
+            cancelled.push_back(cancel);
+            saved.push_back(Milliseconds(Clock::now() - start));
+        }
+    }
+    const double limit = recipes >= 1000000 ? 1500.0 : 150.0;
+    const QString target = QStringLiteral("<= %1 ms").arg(limit);
+    Print(Where(QStringLiteral("sqlite"), recipes) +
+          QStringLiteral("  editor closed, tree refreshed and %1 shown again: after Prekliči median "
+                         "%2 ms %3, after a save %4 ms %5 (%6 runs)")
+              .arg(key)
+              .arg(Fixed(Median(cancelled)))
+              .arg(Verdict(target, Median(cancelled) <= limit))
+              .arg(Fixed(Median(saved)))
+              .arg(Verdict(target, Median(saved) <= limit))
+              .arg(cancelled.size()));
+}
+
 void MeasureTree(const QString& file, int recipes, const Options& options) {
     SqliteFloor floor(file, true);
     frmMain window;
@@ -126,38 +158,6 @@ void MeasureTree(const QString& file, int recipes, const Options& options) {
               .arg(trees.size())
               .arg(PeakMemory()));
     MeasureEditorClose(window, recipes, options);
-}
-
-// What closing the recipe editor costs: the tree refreshed and the recipe selected again with
-// its page, after "Prekliči" (nothing changed) and after a save (one recipe row written).
-void MeasureEditorClose(frmMain& window, int recipes, const Options& options) {
-    const QString key = QStringLiteral("R%1").arg(recipes / 2);
-    std::vector<double> cancelled;
-    std::vector<double> saved;
-    for (int run = 0; run < options.runs + 1; ++run) {
-        auto start = Clock::now();
-        window.RefreshAndRestore(key);
-        const double cancel = Milliseconds(Clock::now() - start);
-        modDatabase::Execute(QStringLiteral("UPDATE [Recipe] SET title = title WHERE recipeID = ") +
-                             key.mid(1) + QStringLiteral(";"));
-        start = Clock::now();
-        window.RefreshAndRestore(key);
-        if (run > 0) {
-            cancelled.push_back(cancel);
-            saved.push_back(Milliseconds(Clock::now() - start));
-        }
-    }
-    const double limit = recipes >= 1000000 ? 1500.0 : 150.0;
-    const QString target = QStringLiteral("<= %1 ms").arg(limit);
-    Print(Where(QStringLiteral("sqlite"), recipes) +
-          QStringLiteral("  editor closed, tree refreshed and %1 shown again: after Prekliči median "
-                         "%2 ms %3, after a save %4 ms %5 (%6 runs)")
-              .arg(key)
-              .arg(Fixed(Median(cancelled)))
-              .arg(Verdict(target, Median(cancelled) <= limit))
-              .arg(Fixed(Median(saved)))
-              .arg(Verdict(target, Median(saved) <= limit))
-              .arg(cancelled.size()));
 }
 
 int Measure(const Options& options, const Workspace& work) {

@@ -81,10 +81,24 @@ QString TemporaryFolder() {
 
 QString DefaultTempFilename() { return TemporaryFolder() + QStringLiteral("/tmpRecipeDB.html"); }
 
-QString DefaultInstallDir() {
+QString UsableTempFilename(const QString& stored) {
+    if (stored.isEmpty() || QFileInfo(QFileInfo(stored).absolutePath()).isDir()) {
+        return stored;
+    }
+    return DefaultTempFilename();
+}
+
+bool IsBuildTreeData(const QString& folder) {
+    return !folder.isEmpty() &&
+           QFileInfo(QDir(folder).absoluteFilePath(QString::fromUtf8(Version::BuildTreeMarker)))
+               .isFile();
+}
+
+QString DefaultInstallDir() { return DefaultInstallDirFor(QCoreApplication::applicationDirPath()); }
+
+QString DefaultInstallDirFor(const QString& programFolder) {
     const QString installed =
-        QDir(QCoreApplication::applicationDirPath())
-            .absoluteFilePath(QString::fromUtf8(Version::InstalledDataDirFromBin));
+        QDir(programFolder).absoluteFilePath(QString::fromUtf8(Version::InstalledDataDirFromBin));
     if (QFileInfo(installed).isDir()) {
         return QDir::cleanPath(installed);
     }

@@ -40,8 +40,20 @@ constexpr int KeyRole = Qt::UserRole + 1;
 QString TemporaryFolder();
 // Default path of the display file at start-up.
 QString DefaultTempFilename();
-// Where the program's data (documentation, sample database) lives when InstallDir is not set.
+// The display file to use for a stored path: the stored path itself, or, when its folder is not
+// there in this session (a runtime folder of another login, a removed disk), the start-up
+// default. An empty path stays empty.
+QString UsableTempFilename(const QString& stored);
+// Where the program's data (documentation, sample database) lives when InstallDir is not set:
+// an installed program's own data folder, which lies at the same place relative to its
+// executable under any installation prefix; a program run from its build tree finds none there
+// and uses the data folder of that build tree.
 QString DefaultInstallDir();
+// The same for a program whose executable lies in `programFolder`.
+QString DefaultInstallDirFor(const QString& programFolder);
+// Whether a folder is the data folder of a build tree (which holds the build's marker file):
+// it belongs to one developer build and is never an installation folder.
+bool IsBuildTreeData(const QString& folder);
 
 // Appends one entry to "errors.log" in the current folder; never fails.
 void LogError(const QString& text);

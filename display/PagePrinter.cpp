@@ -382,7 +382,7 @@ bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent) {
 }
 
 void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetup& setup,
-               const std::function<void(int step, int steps)>& progress) {
+               const BookProgress& progress) {
     ErrorPath::PassOn("PagePrinter:PrintBook", [&] {
         const Sheet sheet = SheetOf(printer);
         // The sheets of every page first (the header counts them over the whole book), then
@@ -393,7 +393,7 @@ void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetu
             sheets << LayOut(pages[i], sheet.pageSize)->pageCount();
             sheetCount += sheets.last();
             if (progress) {
-                progress(i + 1, 2 * int(pages.size()));
+                progress(BookStage::LayingOut, i + 1, int(pages.size()));
             }
         }
         PageFacts facts;
@@ -415,7 +415,7 @@ void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetu
                 DrawSheet(painter, *document, page, sheet, setup, facts);
             }
             if (progress) {
-                progress(int(pages.size()) + i + 1, 2 * int(pages.size()));
+                progress(BookStage::Printing, sheetNumber, sheetCount);
             }
         }
         if (!painter.end()) {

@@ -62,11 +62,18 @@ QStringList Expand(const QString& codes, const PageFacts& facts);
 // "PagePrinter:PrintFile").
 bool PrintFile(const QString& fileName, bool showDialog, QWidget* parent);
 
+// What a book's printing is doing when it tells its progress: laying out its pages (`done` of
+// `total` pages) or printing its sheets (`done` of `total` sheets, a page printing on as many
+// sheets as it needs).
+enum class BookStage { LayingOut, Printing };
+using BookProgress = std::function<void(BookStage stage, int done, int total)>;
+
 // Prints pages (display file bytes, windows-1250) one after another as one book: each page
 // starts on a new sheet, and the header's page number and page count run over the whole book
-// ("&w" is the title of the page printed on that sheet). `progress` is told each step done.
+// ("&w" is the title of the page printed on that sheet). `progress` is told after each page
+// laid out and each page's sheets printed.
 void PrintBook(QPrinter& printer, const QList<QByteArray>& pages, const PageSetup& setup,
-               const std::function<void(int step, int steps)>& progress = {});
+               const BookProgress& progress = {});
 
 // Runs on every new printer after its construction and before the print dialog (tests direct
 // the output to a PDF file with it). An empty preparer leaves the printer as constructed.

@@ -2,36 +2,24 @@
 
 #include <algorithm>
 
-#include "core/database/SqlStatement.h"
+#include "core/database/RowReader.h"
 #include "core/database/modDatabase.h"
 
 namespace {
 
-// The place of a column by its name in any letter case (the server writes names in lower case).
-int ColumnOf(const SqlStatement& row, QLatin1String name) {
-    for (int column = 0; column < row.ColumnCount(); ++column) {
-        if (row.ColumnName(column).compare(name, Qt::CaseInsensitive) == 0) {
-            return column;
-        }
+// Reads the rows of a catalogue statement: each row's key and the text appended to `text`;
+// `added` takes the key and where the text ends.
+template <class Added>
+void ReadNodes(const QString& sql, const char* keyName, const char* textName, QByteArray& text,
+               Added added) {
+    RowReader rows = modDatabase::ReadRows(sql);
+    const int key = rows.Field(QLatin1String(keyName));
+    const int name = rows.Field(QLatin1String(textName));
+    while (rows.Next()) {
+        const auto id = static_cast<qint32>(rows.Number(key));
+        rows.AppendText(name, text);
+        added(id, static_cast<quint32>(text.size()));
     }
-    return -1;
-}
-
-// Column places found at a statement's first row.
-struct Columns {
-    int key = -1;
-    int text = -1;
-    void Find(const SqlStatement& row, QLatin1String keyName, QLatin1String textName) {
-        if (key < 0) {
-            key = ColumnOf(row, keyName);
-            text = ColumnOf(row, textName);
-        }
-    }
-};
-
-quint32 Append(QByteArray& buffer, QByteArrayView text) {
-    buffer.append(text);
-    return static_cast<quint32>(buffer.size());
 }
 
 }  // namespace
@@ -57,29 +45,24 @@ void RecipeCatalogue::Read() {
 }
 
 void RecipeCatalogue::ReadGroups() {
-    Columns columns;
-    modDatabase::ReadRows(
-        QStringLiteral("SELECT * FROM [Group] ORDER BY name;"), [&](const SqlStatement& row) {
-            columns.Find(row, QLatin1String("groupID"), QLatin1String("Name"));
-            const quint32 start = static_cast<quint32>(m_branchText.size());
-            m_groups.push_back({row.Value(columns.key).toInt(), start,
-                                Append(m_branchText, row.Text(columns.text)), 0, 0, 0});
-        });
+    quint32 start = 0;
+    ReadNodes(QStringLiteral("SELECT * FROM [Group] ORDER BY name;"), "groupID", "Name",
+              m_branchText, [&](qint32 id, quint32 end) {
+                  m_groups.push_back({id, start, end, 0, 0, 0});
+                  start = end;
+              });
 }
 
 void RecipeCatalogue::ReadTypes(quint32 group) {
     // A subgroup's recipes are read before the next subgroup, as the tree is built.
-    Columns columns;
     std::vector<Branch> types;
-    modDatabase::ReadRows(
-        QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
-            QString::number(m_groups[group].id) + QStringLiteral(" ORDER BY name;"),
-        [&](const SqlStatement& row) {
-            columns.Find(row, QLatin1String("typeID"), QLatin1String("Name"));
-            const quint32 start = static_cast<quint32>(m_branchText.size());
-            types.push_back({row.Value(columns.key).toInt(), start,
-                             Append(m_branchText, row.Text(columns.text)), group, 0, 0});
-        });
+    auto start = static_cast<quint32>(m_branchText.size());
+    ReadNodes(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
+                  QString::number(m_groups[group].id) + QStringLiteral(" ORDER BY name;"),
+              "typeID", "Name", m_branchText, [&](qint32 id, quint32 end) {
+                  types.push_back({id, start, end, group, 0, 0});
+                  start = end;
+              });
     m_groups[group].firstChild = static_cast<quint32>(m_types.size());
     for (const Branch& type : types) {
         m_types.push_back(type);
@@ -89,18 +72,15 @@ void RecipeCatalogue::ReadTypes(quint32 group) {
 }
 
 void RecipeCatalogue::ReadRecipes(quint32 type) {
-    Columns columns;
     m_types[type].firstChild = static_cast<quint32>(m_recipeIds.size());
-    modDatabase::ReadRows(
-        QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") +
-            QString::number(m_types[type].id) + QStringLiteral(" ORDER BY title;"),
-        [&](const SqlStatement& row) {
-            columns.Find(row, QLatin1String("recipeID"), QLatin1String("Title"));
-            m_recipeIds.push_back(row.Value(columns.key).toInt());
-            m_recipeTextEnds.push_back(Append(m_recipeText, row.Text(columns.text)));
-            m_recipeTypes.push_back(type);
-            ++m_types[type].childCount;
-        });
+    ReadNodes(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") +
+                  QString::number(m_types[type].id) + QStringLiteral(" ORDER BY title;"),
+              "recipeID", "Title", m_recipeText, [&](qint32 id, quint32 end) {
+                  m_recipeIds.push_back(id);
+                  m_recipeTextEnds.push_back(end);
+                  m_recipeTypes.push_back(type);
+                  ++m_types[type].childCount;
+              });
 }
 
 int RecipeCatalogue::ChildCount(Node node) const {

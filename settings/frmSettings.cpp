@@ -371,8 +371,8 @@ void frmSettings::cmdCancel_Click() {
         ServerName = GetRegistryString(ProgramKey, QStringLiteral("ServerName"), QString(), true);
         DatabaseName = GetRegistryString(ProgramKey, QStringLiteral("DatabaseName"),
                                          QStringLiteral("Recipes.mdb"), true);
-        TempFilename =
-            GetRegistryString(ProgramKey, QStringLiteral("TempFilename"), QString(), true);
+        TempFilename = UsableTempFilename(
+            GetRegistryString(ProgramKey, QStringLiteral("TempFilename"), QString(), true));
         Username = GetRegistryString(ProgramKey, QStringLiteral("Username"), QString(), true);
         Password = GetRegistryString(ProgramKey, QStringLiteral("Password"), QString(), true);
         DatabaseType = GetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"),

@@ -76,7 +76,8 @@ private Q_SLOTS:
         QCOMPARE(modRegistry::GetRegistryLong(modRegistry::ProgramKey,
                                               QStringLiteral("DatabaseType"), -1, true),
                  1);
-        QCOMPARE(Stored("InstallDir"), DefaultInstallDir());
+        // The installation folder belongs to the program that runs (here a build tree's).
+        QCOMPARE(Stored("InstallDir"), QStringLiteral("<none>"));
         QCOMPARE(Stored("ServerName"), QStringLiteral("<none>"));
         QCOMPARE(Stored("Password"), QStringLiteral("<none>"));
 
@@ -140,6 +141,42 @@ private Q_SLOTS:
         QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
         modDisplay::DisplayRecipe(1);
         QVERIFY(ReadBytes(TempFilename).startsWith("<html><head><title>1 - Goveja juha</title>"));
+        QVERIFY(messages.Messages().isEmpty());
+    }
+
+    // A stored display file whose folder this session does not have (the runtime folder of a
+    // login that is not there) gives way to the start-up default, at start-up and when
+    // "Prekliči" reads the store back; the store keeps what it holds.
+    void displayFileInAMissingFolderGivesWayToTheDefault() {
+        TestDatabase::OpenFresh(TestDatabase::Sqlite);
+        const QString stored =
+            TestDatabase::WorkFolder() + QStringLiteral("/no-such-login/tmpRecipeDB.html");
+        for (const char* name : {"ServerName", "DatabaseName", "Username", "Password"}) {
+            const QString& value =
+                QLatin1String(name) == QLatin1String("DatabaseName") ? DatabaseName : QString();
+            modRegistry::SetRegistryString(modRegistry::ProgramKey, QString::fromLatin1(name),
+                                           value, true);
+        }
+        modRegistry::SetRegistryLong(modRegistry::ProgramKey, QStringLiteral("DatabaseType"), 1,
+                                     true);
+        modRegistry::SetRegistryString(modRegistry::ProgramKey, QStringLiteral("TempFilename"),
+                                       stored, true);
+        const QByteArray bytes = ReadBytes(modRegistry::StoreFile(true));
+        modDatabase::Connection.reset();
+
+        MessageRecorder messages;
+        QVERIFY(Main(Windows()));
+        QCOMPARE(m_shown, QStringList{"main"});
+        QCOMPARE(TempFilename, DefaultTempFilename());
+
+        frmSettings settings;
+        const auto ran = DialogDriver::WhenShown(QStringLiteral("frmSettings"), [](QDialog* shown) {
+            QTest::mouseClick(DialogDriver::Button(shown, "cmdCancel"), Qt::LeftButton);
+        });
+        settings.exec();
+        QVERIFY(*ran);
+        QCOMPARE(TempFilename, DefaultTempFilename());
+        QCOMPARE(ReadBytes(modRegistry::StoreFile(true)), bytes);
         QVERIFY(messages.Messages().isEmpty());
     }
 };

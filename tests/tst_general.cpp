@@ -488,10 +488,10 @@ private Q_SLOTS:
     void openRegisteredFile_data() {
         QTest::addColumn<QString>("installDir");  // null: not set
         QTest::addColumn<QString>("folder");
-        QTest::newRow("without final slash")
-            << QStringLiteral("/opt/apps") << QStringLiteral("/opt/apps/");
-        QTest::newRow("with final slash")
-            << QStringLiteral("/opt/apps/") << QStringLiteral("/opt/apps/");
+        const QString apps = TestDatabase::WorkFolder() + QStringLiteral("/opt/apps");
+        QDir().mkpath(apps);
+        QTest::newRow("without final slash") << apps << apps + QLatin1Char('/');
+        QTest::newRow("with final slash") << apps + QLatin1Char('/') << apps + QLatin1Char('/');
         QTest::newRow("not set") << QString() << DefaultInstallDir() + QStringLiteral("/");
     }
     void openRegisteredFile() {

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -572,14 +573,16 @@ private Q_SLOTS:
 
     void documentationOpensFromTheInstallationFolder() {
         auto window = Open(TestDatabase::Sqlite);
-        modRegistry::SetRegistryString(modRegistry::ProgramKey, "InstallDir", "/opt/morvena", true);
+        const QString installed = TestDatabase::WorkFolder() + QStringLiteral("/opt/morvena");
+        QVERIFY(QDir().mkpath(installed));
+        modRegistry::SetRegistryString(modRegistry::ProgramKey, "InstallDir", installed, true);
         QStringList opened;
         UiServices::SetOpenerHandler([&](const QString& target, const QString& folder) {
             opened << target + QLatin1Char('@') + folder;
         });
         window->menus.mnuHelpDocumentation->trigger();
         UiServices::SetOpenerHandler({});
-        QCOMPARE(opened, QStringList{"docs/page11.html@/opt/morvena/"});
+        QCOMPARE(opened, QStringList{"docs/page11.html@" + installed + "/"});
     }
 
     void printingSwapsThePageSetupAndPutsItBack() {

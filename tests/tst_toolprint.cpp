@@ -237,6 +237,11 @@ private Q_SLOTS:
         for (int i = 1; i < count; ++i) {
             QCOMPARE(headers[i], U("2 - Korenčkova juha Stran %1 od %2").arg(i + 1).arg(count));
         }
+        // The progress counts the two pages laid out, then the sheets printed, as the PDF has.
+        QVERIFY2(result.err.contains(U("Postavljeno 2 od 2 strani")), qPrintable(result.err));
+        QVERIFY2(result.err.contains(U("Natisnjeno %1 od %1 strani").arg(count)),
+                 qPrintable(result.err));
+        QVERIFY2(!result.err.contains(U("Natisnjeno 2 od 2 strani")), qPrintable(result.err));
     }
 };
 

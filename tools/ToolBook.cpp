@@ -105,18 +105,20 @@ Pages ReadPages(const Selection& selection) {
 
 QString Seconds(qint64 milliseconds) { return QString::number(milliseconds / 1000.0, 'f', 1); }
 
-// The printer's steps: the pages laid out, then printed; told once a second and at the end.
-std::function<void(int, int)> ReportSteps(const QElapsedTimer& timer, QTextStream& err) {
-    return [&timer, &err, lastReport = qint64(0)](int step, int steps) mutable {
-        if (step != steps && timer.elapsed() - lastReport < 1000) {
+// The printer's progress: the pages laid out, then the sheets printed; told once a second and
+// at the end of each stage.
+PagePrinter::BookProgress ReportSteps(const QElapsedTimer& timer, QTextStream& err) {
+    return [&timer, &err, lastReport = qint64(0)](PagePrinter::BookStage stage, int done,
+                                                  int total) mutable {
+        if (done != total && timer.elapsed() - lastReport < 1000) {
             return;
         }
         lastReport = timer.elapsed();
-        const bool layingOut = step * 2 <= steps;
         err << QStringLiteral("%1 %2 od %3 strani")
-                   .arg(layingOut ? QStringLiteral("Postavljeno") : QStringLiteral("Natisnjeno"))
-                   .arg(layingOut ? step : step - steps / 2)
-                   .arg(steps / 2)
+                   .arg(stage == PagePrinter::BookStage::LayingOut ? QStringLiteral("Postavljeno")
+                                                                   : QStringLiteral("Natisnjeno"))
+                   .arg(done)
+                   .arg(total)
             << Qt::endl;
     };
 }
@@ -137,7 +139,8 @@ int Book(const QStringList& arguments, QTextStream& err) {
             err, QStringLiteral("book potrebuje --pdf DATOTEKA in največ eno od --group "
                                 "ŠTEVILKA ali --type ŠTEVILKA (papir a4 ali letter)."));
     }
-    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
+    if (const int failed =
+            ToolSupport::OpenDatabase(args->options, ToolSupport::Use::Reading, err)) {
         return failed;
     }
     QElapsedTimer timer;

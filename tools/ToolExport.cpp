@@ -48,7 +48,8 @@ int Export(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         return ToolSupport::Usage(
             err, QStringLiteral("Podajte največ eno od --recipe, --type in --group s številko."));
     }
-    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
+    if (const int failed =
+            ToolSupport::OpenDatabase(args->options, ToolSupport::Use::Reading, err)) {
         return failed;
     }
     try {

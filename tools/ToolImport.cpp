@@ -76,7 +76,8 @@ int Import(const QStringList& arguments, QTextStream& out, QTextStream& err) {
     if (const QString wrong = ArgumentProblem(*args); !wrong.isEmpty()) {
         return ToolSupport::Usage(err, wrong);
     }
-    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
+    if (const int failed =
+            ToolSupport::OpenDatabase(args->options, ToolSupport::Use::Changing, err)) {
         return failed;
     }
     options.encoding = args->options.value(QStringLiteral("--encoding"));

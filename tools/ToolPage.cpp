@@ -33,7 +33,8 @@ int Page(const QStringList& arguments, QTextStream& err) {
         return ToolSupport::Usage(
             err, QStringLiteral("page potrebuje vrsto R, T ali G in številko zapisa."));
     }
-    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
+    if (const int failed =
+            ToolSupport::OpenDatabase(args->options, ToolSupport::Use::Reading, err)) {
         return failed;
     }
     if (args->options.contains(QStringLiteral("--output"))) {

@@ -35,7 +35,8 @@ int Print(const QStringList& arguments, QTextStream& err) {
         return ToolSupport::Usage(
             err, QStringLiteral("print potrebuje --pdf DATOTEKA (papir a4 ali letter)."));
     }
-    if (const int failed = ToolSupport::OpenDatabase(args->options, err)) {
+    if (const int failed =
+            ToolSupport::OpenDatabase(args->options, ToolSupport::Use::Reading, err)) {
         return failed;
     }
     try {

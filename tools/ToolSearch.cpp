@@ -2,7 +2,6 @@
 
 #include <optional>
 
-#include "core/database/Recordset.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "search/SearchQuery.h"
@@ -100,18 +99,21 @@ bool ReadOptions(const QStringList& arguments, Request& request, QTextStream& er
     return true;
 }
 
-// One line a recipe found: title, number, group and subgroup, separated by tabs.
+// One line a recipe found: title, number, group and subgroup, separated by tabs. The rows go
+// from the database straight into the text, which is shown only when all were read.
 QString ResultLines(const QString& sql) {
-    Recordset rs = modDatabase::GetRecordset(sql);
-    QString lines;
-    for (; !rs.Eof(); rs.MoveNext()) {
-        lines += rs.Text(QStringLiteral("Title")) + QLatin1Char('\t') +
-                 rs.Text(QStringLiteral("recipeID")) + QLatin1Char('\t') +
-                 rs.Text(QStringLiteral("groupName")) + QLatin1Char('\t') +
-                 rs.Text(QStringLiteral("TypeName")) + QLatin1Char('\n');
+    RowReader rows = modDatabase::ReadRows(sql);
+    const int fields[] = {
+        rows.Field(QStringLiteral("Title")), rows.Field(QStringLiteral("recipeID")),
+        rows.Field(QStringLiteral("groupName")), rows.Field(QStringLiteral("TypeName"))};
+    QByteArray lines;
+    while (rows.Next()) {
+        for (int i = 0; i < 4; ++i) {
+            rows.AppendText(fields[i], lines);
+            lines += i < 3 ? '\t' : '\n';
+        }
     }
-    rs.Close();
-    return lines;
+    return QString::fromUtf8(lines);
 }
 
 }  // namespace
@@ -131,7 +133,8 @@ int Search(const QStringList& arguments, QTextStream& out, QTextStream& err) {
         out << sql << Qt::endl;
         return Done;
     }
-    if (const int failed = ToolSupport::OpenDatabase(request.database, err)) {
+    if (const int failed =
+            ToolSupport::OpenDatabase(request.database, ToolSupport::Use::Reading, err)) {
         return failed;
     }
     try {

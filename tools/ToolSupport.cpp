@@ -87,22 +87,26 @@ bool UseDatabase(const QString& value, QString& problem) {
     return address.has_value();
 }
 
-int OpenDatabase(const std::optional<QString>& database, QTextStream& err) {
+int OpenDatabase(const std::optional<QString>& database, Use use, QTextStream& err) {
     modGeneral::ReadSettings();
     QString problem;
     if (database && !UseDatabase(*database, problem)) {
         return Usage(err, problem);
     }
-    modDatabase::OpenConnection();
+    if (use == Use::Reading) {
+        modDatabase::OpenConnectionToRead();
+    } else {
+        modDatabase::OpenConnection();
+    }
     if (modDatabase::Connection->State() != modDatabase::adStateOpen) {
         return Failure(err, modDatabase::Connection->LastError());
     }
     return ToolCommands::Done;
 }
 
-int OpenDatabase(const QMap<QString, QString>& options, QTextStream& err) {
+int OpenDatabase(const QMap<QString, QString>& options, Use use, QTextStream& err) {
     const auto named = options.find(QStringLiteral("--database"));
-    return OpenDatabase(named == options.end() ? std::nullopt : std::optional<QString>(*named),
+    return OpenDatabase(named == options.end() ? std::nullopt : std::optional<QString>(*named), use,
                         err);
 }
 
@@ -196,7 +200,7 @@ std::optional<QPageSize> Paper(const Arguments& args) {
 }
 
 void PrintPages(const QList<QByteArray>& pages, const QString& pdf, const QPageSize& paper,
-                const std::function<void(int, int)>& progress) {
+                const PagePrinter::BookProgress& progress) {
     // Written under a new name of its own beside the target, then renamed into place: a link
     // planted at the target's name is replaced, never written through, and a failed print
     // leaves the target as it was.

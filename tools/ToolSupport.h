@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 
+#include "display/PagePrinter.h"
+
 namespace modDatabase {
 class DbConnection;
 }
@@ -47,12 +49,15 @@ QString ErrorText();
 
 // Makes the value of --database the program's database, as the settings would.
 bool UseDatabase(const QString& value, QString& problem);
+// What a command does with the database it opens: only reads it (it is left exactly as it was,
+// its journal mode included), or changes it.
+enum class Use { Reading, Changing };
 // Opens the program's database: the one of the settings, or the one named by --database.
 // Returns 0, or the exit code after writing the reason to err (2 for a bad name, 1 when the
 // database cannot be opened).
-int OpenDatabase(const std::optional<QString>& database, QTextStream& err);
+int OpenDatabase(const std::optional<QString>& database, Use use, QTextStream& err);
 // The same with the value of the option "--database" among a command's options.
-int OpenDatabase(const QMap<QString, QString>& options, QTextStream& err);
+int OpenDatabase(const QMap<QString, QString>& options, Use use, QTextStream& err);
 
 // ---- a new database (create-db, generate) ----
 
@@ -76,6 +81,6 @@ std::optional<Arguments> PrintArguments(const QStringList& arguments, const QStr
 std::optional<QPageSize> Paper(const Arguments& args);
 // Prints the pages (display file bytes) to the PDF file with the program's header and footer.
 void PrintPages(const QList<QByteArray>& pages, const QString& pdf, const QPageSize& paper,
-                const std::function<void(int, int)>& progress);
+                const PagePrinter::BookProgress& progress);
 
 }  // namespace ToolSupport

@@ -26,7 +26,9 @@ QByteArray ServerMark(modDatabase::DbConnection& connection) {
         !statement.Next()) {
         return QByteArray();
     }
-    return statement.Text(0).toByteArray();
+    int length = 0;
+    const char* snapshot = statement.Text(0, length);
+    return QByteArray(snapshot, length);
 }
 
 }  // namespace

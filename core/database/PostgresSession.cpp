@@ -118,13 +118,14 @@ public:
                        PQgetlength(m_result, m_row, column),
                        PQgetisnull(m_result, m_row, column) != 0);
     }
-    QByteArrayView Text(int column) const override {
+    const char* Text(int column, int& length) const override {
+        length = 0;
         if (!m_result || column < 0 || column >= m_types.size() || m_row < 0 ||
             m_row >= PQntuples(m_result) || PQgetisnull(m_result, m_row, column)) {
-            return QByteArrayView();
+            return nullptr;
         }
-        return QByteArrayView(PQgetvalue(m_result, m_row, column),
-                              PQgetlength(m_result, m_row, column));
+        length = PQgetlength(m_result, m_row, column);
+        return PQgetvalue(m_result, m_row, column);
     }
     int ColumnCount() const override { return static_cast<int>(m_names.size()); }
     QString ColumnName(int column) const override { return m_names.value(column); }

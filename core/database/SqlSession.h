@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QByteArrayView>
 #include <QString>
 #include <QVariant>
 #include <QVariantList>
@@ -26,9 +25,9 @@ public:
     // Moves to the next row; false at the end, or on a failure (then `failure` says so).
     virtual bool Next(SqlFailure& failure) = 0;
     virtual QVariant Value(int column) const = 0;
-    // A column's value as the library holds it in text (UTF-8), valid until the next row; empty
-    // for NULL. Reads many rows without a copy of each value.
-    virtual QByteArrayView Text(int column) const = 0;
+    // The value's text as the library gives it (UTF-8; an integer as its digits) without making
+    // a value of it; valid until the cursor moves. nullptr for NULL.
+    virtual const char* Text(int column, int& length) const = 0;
     virtual int ColumnCount() const = 0;
     virtual QString ColumnName(int column) const = 0;
 };

@@ -50,8 +50,9 @@ QVariant SqlStatement::Value(int column) const {
     return m_prepared ? m_cursor->Value(column) : QVariant();
 }
 
-QByteArrayView SqlStatement::Text(int column) const {
-    return m_prepared ? m_cursor->Text(column) : QByteArrayView();
+const char* SqlStatement::Text(int column, int& length) const {
+    length = 0;
+    return m_prepared ? m_cursor->Text(column, length) : nullptr;
 }
 
 int SqlStatement::ColumnCount() const { return m_prepared ? m_cursor->ColumnCount() : 0; }

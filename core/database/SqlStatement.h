@@ -29,8 +29,8 @@ public:
     bool Exec(const QString& sql, const QVariantList& values = {});
     bool Next();
     QVariant Value(int column) const;
-    // The value in text as the library holds it, valid until the next row (see SqlCursor).
-    QByteArrayView Text(int column) const;
+    // The value's text as the library gives it, valid until the next row; nullptr for NULL.
+    const char* Text(int column, int& length) const;
     int ColumnCount() const;
     QString ColumnName(int column) const;
     const SqlFailure& Failure() const { return m_failure; }

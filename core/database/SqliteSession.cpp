@@ -125,13 +125,15 @@ public:
         return m_row && column >= 0 && column < m_names.size() ? ValueOf(m_statement, column)
                                                                : QVariant();
     }
-    QByteArrayView Text(int column) const override {
-        if (!m_row || column < 0 || column >= m_names.size()) {
-            return QByteArrayView();
+    const char* Text(int column, int& length) const override {
+        length = 0;
+        if (!m_row || column < 0 || column >= m_names.size() ||
+            sqlite3_column_type(m_statement, column) == SQLITE_NULL) {
+            return nullptr;
         }
-        // The text first, then its length in that form.
         const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
-        return QByteArrayView(text, sqlite3_column_bytes(m_statement, column));
+        length = sqlite3_column_bytes(m_statement, column);
+        return text;
     }
     int ColumnCount() const override { return static_cast<int>(m_names.size()); }
     QString ColumnName(int column) const override { return m_names.value(column); }

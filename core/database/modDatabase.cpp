@@ -79,6 +79,12 @@ void DbConnection::Open() {
 
 void DbConnection::OpenForReading() {
     m_readOnly = true;
+    m_unchanged = true;
+    Open();
+}
+
+void DbConnection::OpenToRead() {
+    m_unchanged = true;
     Open();
 }
 
@@ -140,12 +146,19 @@ void DbConnection::OpenFile(const QString& fileName, Expect expect) {
     }
     // A database in use writes ahead into a log (and goes back to the plain journal when it is
     // closed); a database being created stays in the plain journal mode. Either way the file
-    // as left also opens where it cannot be written.
+    // as left also opens where it cannot be written. A database that is only read is left as
+    // it is.
+    if (m_unchanged) {
+        return;
+    }
     if (m_writable && expect == Expect::MorvenaDatabase) {
         TryRun(*this, QStringLiteral("PRAGMA journal_mode=WAL"));
         TryRun(*this, QStringLiteral("PRAGMA synchronous=FULL"));
         PlannerStatistics::Keep(SqliteHandle());
     }
+    // A connection that lives long keeps more pages at hand. A short read (OpenToRead) does
+    // better with SQLite's small default: the memory of a large cache is new to the process,
+    // and filling it costs a page fault for every page read.
     TryRun(*this, QStringLiteral("PRAGMA cache_size=-65536"));
 }
 
@@ -213,9 +226,12 @@ QString DbConnection::Problem(Expect expect, const QString& name) {
     SqlStatement query(*this);
     const QString sql = m_kind == FileDatabase
                             ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")
+                            // The catalogue itself: the information schema's view of it
+                            // takes the server a hundred times longer to answer.
                             : QStringLiteral(
-                                  "SELECT table_name FROM information_schema.tables "
-                                  "WHERE table_schema = current_schema()");
+                                  "SELECT relname FROM pg_catalog.pg_class "
+                                  "WHERE relnamespace = pg_catalog.current_schema()::regnamespace "
+                                  "AND relkind IN ('r', 'p', 'v', 'f')");
     QStringList present;
     if (!query.Exec(sql)) {
         // A file of another kind is no Morvena database; any other failure is one of reading.
@@ -257,7 +273,7 @@ void DbConnection::Close() {
     if (!m_session) {
         return;
     }
-    if (m_kind == FileDatabase && m_session->IsOpen() && m_writable) {
+    if (m_kind == FileDatabase && m_session->IsOpen() && m_writable && !m_unchanged) {
         TryRun(*this, QStringLiteral("PRAGMA optimize"));  // keeps the statistics fresh
         // Back to the plain journal (when no one else has the file open), so that the file
         // opens for reading on read-only media too.
@@ -318,17 +334,26 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
     return QString();
 }
 
-void OpenConnection() {
+namespace {
+
+// A new shared connection with the program-wide settings values, opened by `open`.
+void OpenShared(void (DbConnection::*open)()) {
     using namespace modGeneral;
     try {
         Connection = std::make_shared<DbConnection>(
             DatabaseType,
             BuildConnectionString(DatabaseType, ServerName, DatabaseName, Username, Password));
-        Connection->Open();
+        ((*Connection).*open)();
     } catch (...) {
         // Opening reports nothing: the connection's state tells the outcome.
     }
 }
+
+}  // namespace
+
+void OpenConnection() { OpenShared(&DbConnection::Open); }
+
+void OpenConnectionToRead() { OpenShared(&DbConnection::OpenToRead); }
 
 namespace {
 
@@ -362,24 +387,10 @@ Recordset GetRecordset(const QString& sql, const QString& typed) {
     });
 }
 
-void ReadRows(const QString& sql, const std::function<void(const SqlStatement&)>& row) {
-    ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
-        DbConnection& connection = Opened();
-        if (connection.State() != adStateOpen) {
-            ErrorPath::Raise(3709, !connection.LastError().isEmpty()
-                                       ? connection.LastError()
-                                       : QStringLiteral("The connection is closed."));
-        }
-        SqlStatement query(connection);
-        if (!query.Exec(connection.Translate(sql))) {
-            RaiseDriverError(connection, query.Failure());
-        }
-        while (query.Next()) {
-            row(query);
-        }
-        if (!query.Failure().text.isEmpty()) {
-            RaiseDriverError(connection, query.Failure());
-        }
+RowReader ReadRows(const QString& sql) {
+    return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
+        Opened();
+        return RowReader(Connection, sql);
     });
 }
 

@@ -5,15 +5,14 @@
 
 #include <QString>
 #include <QVariant>
-#include <functional>
 #include <memory>
 #include <optional>
 
 #include "core/database/Recordset.h"
+#include "core/database/RowReader.h"
 #include "core/database/SqlSession.h"
 
 struct sqlite3;
-class SqlStatement;
 
 // The program's single database connection and the operations through which every window
 // reaches the tables: open, query into a result set, delete the rows of a result set, close,
@@ -42,6 +41,11 @@ public:
     // Opens a Morvena database to be read and left exactly as it is: a file is opened read-only
     // and keeps its journal mode and statistics.
     void OpenForReading();
+    // Opens a Morvena database for work that only reads it and leaves it as it was: nothing is
+    // written on opening or closing (a file keeps its journal mode and planner statistics). A
+    // file that may be written is opened for writing all the same, so that SQLite still rolls
+    // back what a writer that stopped half-way left behind.
+    void OpenToRead();
     void Close();
     int State() const;
     int Kind() const { return m_kind; }
@@ -73,8 +77,9 @@ private:
     QString m_connectionString;
     std::shared_ptr<SqlSession> m_session;
     QString m_lastError;
-    bool m_writable = true;   // a file opened for reading only is false
-    bool m_readOnly = false;  // opened with OpenForReading
+    bool m_writable = true;    // a file opened for reading only is false
+    bool m_readOnly = false;   // opened with OpenForReading
+    bool m_unchanged = false;  // opened with OpenToRead or OpenForReading: nothing written
 };
 
 // Asks the person at the terminal for the password of a user on a server ("uporabnik@strežnik/
@@ -96,6 +101,8 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
 // Replaces the shared connection by a new one opened with the program-wide settings values.
 // Never fails: the connection's state tells the outcome.
 void OpenConnection();
+// The same for work that only reads the database (DbConnection::OpenToRead).
+void OpenConnectionToRead();
 // Runs a SELECT into a result set; opens the shared connection first when it is closed.
 Recordset GetRecordset(const QString& sql);
 // The same for a statement that holds text the user typed between the quotes of a literal:
@@ -104,9 +111,9 @@ Recordset GetRecordset(const QString& sql);
 // database library (its name as source) and never reaches the database. The server reads a
 // backslash in a literal as a plain character (standard_conforming_strings, set at connect).
 Recordset GetRecordset(const QString& sql, const QString& typed);
-// Runs a SELECT as GetRecordset does and hands each row to `row` as the database library holds
-// it, without a copy in a result set: for reading many rows once.
-void ReadRows(const QString& sql, const std::function<void(const SqlStatement&)>& row);
+// Runs a SELECT whose rows are read once in order, straight from the database library; opens
+// the shared connection first when it is closed. Errors leave as GetRecordset's.
+RowReader ReadRows(const QString& sql);
 // Deletes every row from the current one to the end.
 void DeleteRecordset(Recordset& rs);
 // Closes and releases the shared connection.

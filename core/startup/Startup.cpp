@@ -1,5 +1,7 @@
 #include "core/startup/Startup.h"
 
+#include <QFileInfo>
+
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
@@ -13,8 +15,8 @@ void ReadSettings() {
     ServerName = GetRegistryString(ProgramKey, QStringLiteral("ServerName"), QString(), true);
     DatabaseName = GetRegistryString(ProgramKey, QStringLiteral("DatabaseName"),
                                      QStringLiteral("Morvena.mdb"), true);
-    TempFilename =
-        GetRegistryString(ProgramKey, QStringLiteral("TempFilename"), DefaultTempFilename(), true);
+    TempFilename = UsableTempFilename(
+        GetRegistryString(ProgramKey, QStringLiteral("TempFilename"), DefaultTempFilename(), true));
     Username = GetRegistryString(ProgramKey, QStringLiteral("Username"), QString(), true);
     Password = GetRegistryString(ProgramKey, QStringLiteral("Password"), QString(), true);
     DatabaseType = GetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), 1, true);
@@ -31,9 +33,17 @@ void StoreInstallationValues() {
     SetRegistryString(ProgramKey, QStringLiteral("DatabaseName"), DatabaseName, true);
     SetRegistryString(ProgramKey, QStringLiteral("TempFilename"), TempFilename, true);
     SetRegistryLong(ProgramKey, QStringLiteral("DatabaseType"), DatabaseType, true);
+}
+
+QString InstallationFolder() {
+    using namespace modRegistry;
+    const QString own = DefaultInstallDir();
     if (!RegistryValueExists(ProgramKey, QStringLiteral("InstallDir"), true)) {
-        SetRegistryString(ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
+        return own;
     }
+    const QString stored = GetRegistryString(ProgramKey, QStringLiteral("InstallDir"), own, true);
+    const bool gone = !QFileInfo(stored).isDir() && QFileInfo(own).isDir();
+    return stored.isEmpty() || IsBuildTreeData(stored) || gone ? own : stored;
 }
 
 bool Main(const StartupWindows& windows) {
@@ -61,8 +71,7 @@ bool Main(const StartupWindows& windows) {
 }
 
 void OpenRegisteredFile(const QString& fileName) {
-    QString installDir = modRegistry::GetRegistryString(
-        modRegistry::ProgramKey, QStringLiteral("InstallDir"), DefaultInstallDir(), true);
+    QString installDir = InstallationFolder();
     if (!installDir.endsWith(QLatin1Char('/'))) {
         installDir += QLatin1Char('/');
     }

@@ -8,13 +8,20 @@
 
 namespace modGeneral {
 
-// Reads the settings values with their start-up defaults.
+// Reads the settings values with their start-up defaults. A stored display file whose folder
+// is not there in this session gives way to the start-up default for the session (the store
+// keeps it).
 void ReadSettings();
 // What the installation did on Windows: when the machine-wide store holds none of the
 // connection values, stores the start-up values read by ReadSettings (DatabaseName,
-// TempFilename, DatabaseType) and InstallDir, once, so that the settings dialog's cancel path
-// finds working values.
+// TempFilename, DatabaseType), once, so that the settings dialog's cancel path finds working
+// values. The installation folder is never stored: it belongs to the program that runs.
 void StoreInstallationValues();
+
+// The installation folder: InstallDir as an installation stored it, or the program's own data
+// folder (DefaultInstallDir) when none is stored, when the stored folder is a build tree's, or
+// when it is gone while the program's own is there.
+QString InstallationFolder();
 
 // The windows that Main shows, modally, when no connection works: first the offer to convert a
 // collection of the Windows program that the database setting names, then, when still no
