@@ -44,6 +44,19 @@ QString IngredientLines(const QVariant& sectionID) {
             "[Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) INNER "
             "JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE sectionID = ") +
         NullToStr(sectionID));
+    // The statement names no order, and a server's planner may join the lines in any order
+    // (by ingredient or unit, or as they come from a hash). The lines are shown as the cook
+    // typed them: in the order of their keys.
+    rs.Arrange(
+        GetRecordset(
+            QStringLiteral(
+                "SELECT [SectionIngredient].amount, [Unit].name AS unitName, "
+                "[Ingredient].name AS ingredientName FROM ([SectionIngredient] INNER JOIN "
+                "[Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) "
+                "INNER JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE "
+                "sectionID = %1 ORDER BY [SectionIngredient].sectionIngredientID;")
+                .arg(NullToStr(sectionID))),
+        {QStringLiteral("amount"), QStringLiteral("unitName"), QStringLiteral("ingredientName")});
     QString lines;
     for (; !rs.Eof(); rs.MoveNext()) {
         lines += Amount::PageText(rs.Fields(QStringLiteral("amount"))) + QLatin1Char(' ') +
