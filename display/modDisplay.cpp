@@ -44,9 +44,9 @@ QString IngredientLines(const QVariant& sectionID) {
             "[Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) INNER "
             "JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE sectionID = ") +
         NullToStr(sectionID));
-    // The statement names no order, and a server's planner may join the lines in any order
-    // (by ingredient or unit, or as they come from a hash). The lines are shown as the cook
-    // typed them: in the order of their keys.
+    // The statement names no order, and a database's planner may join the lines in any order:
+    // by ingredient or by unit (a small collection, or one whose statistics say so), or as they
+    // come from a hash. The lines are shown as the cook typed them: in the order of their keys.
     rs.Arrange(
         GetRecordset(
             QStringLiteral(
