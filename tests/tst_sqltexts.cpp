@@ -103,12 +103,13 @@ QList<Case> Cases() {
          {"4|200|g|krompir", "4|500|g|korenje"},
          false},
         {"recipe page lines in typing order",
-         "SELECT [SectionIngredient].amount, [Unit].name AS unitName, [Ingredient].name AS "
-         "ingredientName FROM ([SectionIngredient] INNER JOIN [Ingredient] ON "
-         "[SectionIngredient].ingredientID = [Ingredient].ingredientID) INNER JOIN [Unit] ON "
-         "[SectionIngredient].unitID = [Unit].unitID WHERE sectionID = 4 ORDER BY "
-         "[SectionIngredient].sectionIngredientID;",
-         {"500|g|korenje", "200|g|krompir"},
+         "SELECT [SectionIngredient].sectionID, [SectionIngredient].amount, [Unit].name AS "
+         "unitName, [Ingredient].name AS ingredientName FROM (([RecipeSection] INNER JOIN "
+         "[SectionIngredient] ON [RecipeSection].sectionID = [SectionIngredient].sectionID) INNER "
+         "JOIN [Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) "
+         "INNER JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE "
+         "[RecipeSection].recipeID = 3 ORDER BY [SectionIngredient].sectionIngredientID;",
+         {"2|300|g|moka", "3|2|žlica|Čokolada"},
          true},
         {"subgroup page head",
          "SELECT [Group].name AS groupName, [Type].name as typeName, [Type].description FROM "
