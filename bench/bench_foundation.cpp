@@ -16,6 +16,7 @@
 
 #include "bench/support/BenchOptions.h"
 #include "bench/support/BenchSupport.h"
+#include "bench/support/ServerPageFloor.h"
 #include "bench/support/SqliteFloor.h"
 #include "bench/support/Workspace.h"
 #include "core/database/Recordset.h"
@@ -358,6 +359,31 @@ void MeasureDisplay(const QString& label, int recipes, const Options& options) {
 
 // ---- PostgreSQL --------------------------------------------------------------------------------
 
+// The floor of the recipe page on the server, over the same recipes as DisplayRecipe.
+void MeasureServerPageFloor(const QString& server, int recipes, const Options& options) {
+    const QString where = Where(QStringLiteral("postgresql"), recipes);
+    ServerPageFloor floor(server, QStringLiteral("bench_%1").arg(recipes));
+    const std::vector<qint32> ids = RandomRecipes(recipes, options.displays);
+    for (size_t i = 0; i < 20 && i < ids.size(); ++i) {  // warm-up
+        floor.Page(ids[i]);
+    }
+    std::vector<double> pages;
+    for (const qint32 id : ids) {
+        const auto start = Clock::now();
+        if (floor.Page(id) < 0) {
+            break;
+        }
+        pages.push_back(MillisecondsSince(start));
+    }
+    if (!floor.Error().isEmpty()) {
+        Print(where + QStringLiteral("  page floor failed: %1").arg(floor.Error()));
+        return;
+    }
+    Print(where + QStringLiteral("  page floor median %1 ms  (libpq: the page's statements, each "
+                                 "section's lines in the order of their keys)")
+                      .arg(Fixed(Median(pages), 3)));
+}
+
 // A database in use has been vacuumed by the server long ago; a fresh one would be vacuumed by
 // autovacuum in the middle of the measurements.
 void Vacuum(const QString& where) {
@@ -401,6 +427,7 @@ void RunPostgres(const Options& options) {
         Vacuum(Where(label, recipes));
         MeasureCatalogue(label, recipes, options, nullptr);
         MeasureDisplay(label, recipes, options);
+        MeasureServerPageFloor(options.pgServer, recipes, options);
         modDatabase::CloseConnection();
     }
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 
 #include "core/Amount.h"
 #include "core/AppError.h"
@@ -36,7 +37,22 @@ QString PageHead(const QString& title, bool withTableRule) {
            QStringLiteral("--></style></head><body>");
 }
 
-QString IngredientLines(const QVariant& sectionID) {
+// The lines of every section of a recipe in the order of their keys, the order in which the
+// cook typed them.
+Recordset TypedLines(qint32 recipeID) {
+    return GetRecordset(
+        QStringLiteral(
+            "SELECT [SectionIngredient].sectionID, [SectionIngredient].amount, [Unit].name AS "
+            "unitName, [Ingredient].name AS ingredientName FROM (([RecipeSection] INNER JOIN "
+            "[SectionIngredient] ON [RecipeSection].sectionID = [SectionIngredient].sectionID) "
+            "INNER JOIN [Ingredient] ON [SectionIngredient].ingredientID = "
+            "[Ingredient].ingredientID) INNER JOIN [Unit] ON [SectionIngredient].unitID = "
+            "[Unit].unitID WHERE [RecipeSection].recipeID = ") +
+        QString::number(recipeID) +
+        QStringLiteral(" ORDER BY [SectionIngredient].sectionIngredientID;"));
+}
+
+QString IngredientLines(const QVariant& sectionID, const Recordset& typed) {
     Recordset rs = GetRecordset(
         QStringLiteral(
             "SELECT [SectionIngredient].sectionID, [SectionIngredient].amount, [Unit].name AS "
@@ -44,6 +60,11 @@ QString IngredientLines(const QVariant& sectionID) {
             "[Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) INNER "
             "JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE sectionID = ") +
         NullToStr(sectionID));
+    // The statement names no order, and a database's planner may join the lines in any order:
+    // by ingredient or by unit (a small collection, or one whose statistics say so), or as they
+    // come from a hash. The lines are shown as the cook typed them: in the order of their keys.
+    rs.Arrange(typed, {QStringLiteral("sectionID"), QStringLiteral("amount"),
+                       QStringLiteral("unitName"), QStringLiteral("ingredientName")});
     QString lines;
     for (; !rs.Eof(); rs.MoveNext()) {
         lines += Amount::PageText(rs.Fields(QStringLiteral("amount"))) + QLatin1Char(' ') +
@@ -62,13 +83,17 @@ QString Sections(qint32 recipeID) {
                        "recipeID = ") +
         QString::number(recipeID) + QStringLiteral(" ORDER BY place;"));
     QString page;
+    std::optional<Recordset> typed;  // read with the first section
     for (; !rs.Eof(); rs.MoveNext()) {
+        if (!typed) {
+            typed = TypedLines(recipeID);
+        }
         const QVariant title = rs.Fields(QStringLiteral("title"));
         if (!title.isNull()) {
             page += QStringLiteral("<h2>") + title.toString() + QStringLiteral("</h2>");
         }
         page += QStringLiteral("<h3>Sestavine:</h3>");
-        page += IngredientLines(rs.Fields(QStringLiteral("sectionID")));
+        page += IngredientLines(rs.Fields(QStringLiteral("sectionID")), *typed);
         const QString instructions =
             modGeneral::TrimBlanks(NullToStr(rs.Fields(QStringLiteral("instructions"))));
         if (!instructions.isEmpty()) {

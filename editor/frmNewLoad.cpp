@@ -112,6 +112,14 @@ void frmNew::LoadSection(qint32 sectionID) {
                            "JOIN [Unit] ON Unit.unitID = [SectionIngredient].unitID WHERE "
                            "sectionID = ") +
             id + QStringLiteral(";"));
+        // The statement names no order; the lines come back as the cook typed them, in the
+        // order of their keys, so that a save keeps them in that order.
+        lines.Arrange(
+            modDatabase::GetRecordset(
+                QStringLiteral("SELECT amount, ingredientID, unitID FROM [SectionIngredient] "
+                               "WHERE sectionID = ") +
+                id + QStringLiteral(" ORDER BY sectionIngredientID;")),
+            {QStringLiteral("amount"), QStringLiteral("ingredientID"), QStringLiteral("unitID")});
         const int count = lines.RecordCount();
         EditSections::Redim(section.Ingredients, count);
         for (int k = 1; k <= count; ++k) {

@@ -1,6 +1,6 @@
-// The sample collection written out in each format and read into an empty collection: every
-// recipe's page comes back byte for byte (its number aside, which the new collection assigns),
-// and the lookup lists hold the same names, none twice.
+// The sample collection written out of a file in each format and read into an empty collection,
+// a file or a server database: every recipe's page comes back byte for byte (its number aside,
+// which the new collection assigns), and the lookup lists hold the same names, none twice.
 #include <QDir>
 #include <QFile>
 #include <QMap>
@@ -130,14 +130,21 @@ private Q_SLOTS:
         modGeneral::TempFilename = TestDatabase::WorkFolder() + QStringLiteral("/prikaz.htm");
     }
 
+    // Written from a file, read into a file or into a server database: the server's pages are
+    // the file's, lines in the order they were typed.
     void everyPageComesBackTheSame_data() {
         QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("kind");
         for (const char* format : {"mealmaster", "schema", "cooklang"}) {
-            QTest::newRow(format) << QString::fromLatin1(format);
+            for (const QString& kind : {TestDatabase::Sqlite, TestDatabase::Postgres}) {
+                QTest::addRow("%s into %s", format, qPrintable(kind))
+                    << QString::fromLatin1(format) << kind;
+            }
         }
     }
     void everyPageComesBackTheSame() {
         QFETCH(QString, format);
+        QFETCH(QString, kind);
         Exchange::ExportFormat exportFormat;
         QVERIFY(Exchange::ExportFormatNamed(format, exportFormat));
         TestDatabase::OpenFresh(TestDatabase::Sqlite);
@@ -146,7 +153,8 @@ private Q_SLOTS:
         const QList<Subgroup> subgroups = Subgroups();
         const auto pages = Pages();
         const QStringList lookups = Lookups();
-        const QString folder = TestDatabase::WorkFolder() + QLatin1Char('/') + format;
+        const QString folder =
+            TestDatabase::WorkFolder() + QLatin1Char('/') + format + QLatin1Char('-') + kind;
         QVERIFY(QDir().mkpath(folder));
         int exported = 0;
         for (const Subgroup& subgroup : subgroups) {
@@ -156,7 +164,7 @@ private Q_SLOTS:
         }
         QCOMPARE(exported, pages.size());
 
-        TestDatabase::OpenFresh(TestDatabase::Sqlite);
+        TestDatabase::OpenFresh(kind);
         for (const Subgroup& subgroup : subgroups) {
             Exchange::ImportOptions options;
             options.typeID =

@@ -102,6 +102,15 @@ QList<Case> Cases() {
          "JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE sectionID = 4",
          {"4|200|g|krompir", "4|500|g|korenje"},
          false},
+        {"recipe page lines in typing order",
+         "SELECT [SectionIngredient].sectionID, [SectionIngredient].amount, [Unit].name AS "
+         "unitName, [Ingredient].name AS ingredientName FROM (([RecipeSection] INNER JOIN "
+         "[SectionIngredient] ON [RecipeSection].sectionID = [SectionIngredient].sectionID) INNER "
+         "JOIN [Ingredient] ON [SectionIngredient].ingredientID = [Ingredient].ingredientID) "
+         "INNER JOIN [Unit] ON [SectionIngredient].unitID = [Unit].unitID WHERE "
+         "[RecipeSection].recipeID = 3 ORDER BY [SectionIngredient].sectionIngredientID;",
+         {"2|300|g|moka", "3|2|žlica|Čokolada"},
+         true},
         {"subgroup page head",
          "SELECT [Group].name AS groupName, [Type].name as typeName, [Type].description FROM "
          "[Type] INNER JOIN [Group] ON [Type].groupID = [Group].groupID WHERE [Type].typeID = 2;",
@@ -139,6 +148,11 @@ QList<Case> Cases() {
          "JOIN [Ingredient] ON [Ingredient].ingredientID = [SectionIngredient].ingredientID) "
          "INNER JOIN [Unit] ON Unit.unitID = [SectionIngredient].unitID WHERE sectionID = 3;",
          {"2|4|Čokolada|2|žlica"},
+         true},
+        {"editor section lines in typing order",
+         "SELECT amount, ingredientID, unitID FROM [SectionIngredient] WHERE sectionID = 4 ORDER "
+         "BY sectionIngredientID;",
+         {"500|2|1", "200|3|1"},
          true},
         {"fingerprint recipe",
          "SELECT typeID, sourceID, title FROM [Recipe] WHERE recipeID = 3;",

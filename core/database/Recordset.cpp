@@ -1,6 +1,8 @@
 #include "core/database/Recordset.h"
 
 #include <QRegularExpression>
+#include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "core/AppError.h"
@@ -25,6 +27,17 @@ QString Bracketed(const QString& name) { return QLatin1Char('[') + name + QLatin
 
 // The marker of the n-th value (from 1), as both libraries read it.
 QString Marker(int number) { return QLatin1Char('$') + QString::number(number); }
+
+// The values of the named fields of one row as one text, NULL told apart from every text.
+QString RowKey(const QVariant* row, const QVector<int>& columns) {
+    QString key;
+    for (const int column : columns) {
+        const QVariant& value = row[column];
+        key += value.isNull() ? QStringLiteral("\x01") : value.toString();
+        key += QChar(0x1f);
+    }
+    return key;
+}
 
 }  // namespace
 
@@ -58,6 +71,45 @@ Recordset GetRecordsetFor(const std::shared_ptr<modDatabase::DbConnection>& conn
     rs.m_deleted.assign(rs.m_rowCount, false);
     rs.m_changed.fill(false, rs.FieldCount());
     return rs;
+}
+
+void Recordset::Arrange(const Recordset& order, const QStringList& fields) {
+    QVector<int> mine;
+    QVector<int> theirs;
+    for (const QString& field : fields) {
+        mine << FieldIndex(field);
+        theirs << order.FieldIndex(field);
+    }
+    // Where each row of `order` stands, by its values; equal rows in their order.
+    QHash<QString, QList<size_t>> places;
+    for (size_t row = 0; row < order.m_rowCount; ++row) {
+        places[RowKey(order.m_values.data() + row * order.m_names.size(), theirs)].append(row);
+    }
+    std::vector<std::pair<size_t, size_t>> ranks;  // (place, row)
+    ranks.reserve(m_rowCount);
+    for (size_t row = 0; row < m_rowCount; ++row) {
+        auto found = places.find(RowKey(m_values.data() + row * m_names.size(), mine));
+        if (found != places.end() && !found->isEmpty()) {
+            ranks.emplace_back(found->takeFirst(), row);
+        } else {
+            ranks.emplace_back(order.m_rowCount + row, row);
+        }
+    }
+    std::sort(ranks.begin(), ranks.end());
+    const size_t width = m_names.size();
+    std::vector<QVariant> values;
+    values.reserve(m_values.size());
+    std::vector<bool> deleted;
+    deleted.reserve(m_rowCount);
+    for (const auto& [place, row] : ranks) {
+        std::move(m_values.begin() + row * width, m_values.begin() + (row + 1) * width,
+                  std::back_inserter(values));
+        deleted.push_back(m_deleted[row]);
+    }
+    m_values = std::move(values);
+    m_deleted = std::move(deleted);
+    m_position = 0;
+    m_adding = false;
 }
 
 bool Recordset::Eof() const { return m_position >= m_rowCount; }

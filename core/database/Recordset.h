@@ -37,6 +37,11 @@ public:
     QString Text(const QString& name) const;
     qint32 Long(const QString& name) const;
 
+    // Puts the rows in the order in which `order` lists them, and goes back to the first row.
+    // A row takes the place of the first row of `order` not yet taken whose fields named in
+    // `fields` hold the same values; rows that `order` does not list follow in their own order.
+    void Arrange(const Recordset& order, const QStringList& fields);
+
     void SetField(const QString& name, const QVariant& value);
     void AddNew();
     void Update();
