@@ -3,6 +3,7 @@
 #include <QSet>
 #include <algorithm>
 #include <iterator>
+#include <limits>
 
 #include "core/AppError.h"
 #include "core/database/Recordset.h"
@@ -42,7 +43,6 @@ void SectionCatalogue::Clear() {
         level.shrink_to_fit();
     }
     m_owners.clear();
-    m_recipeIndexes.clear();
 }
 
 QString SectionCatalogue::Key(int level, qint32 id) {
@@ -80,20 +80,47 @@ void SectionCatalogue::ReadCatalogue() {
             GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
                          QString::number(groupID) + QStringLiteral(" ORDER BY name;"));
         for (; !types.Eof(); types.MoveNext()) {
-            const qint32 typeID = types.Long(QStringLiteral("typeID"));
-            const int type = Add(TypeLevel, group, typeID, types.Text(QStringLiteral("Name")));
-            Recordset recipes =
-                GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") +
-                             QString::number(typeID) + QStringLiteral(" ORDER BY title;"));
-            for (; !recipes.Eof(); recipes.MoveNext()) {
-                Add(RecipeLevel, type, recipes.Long(QStringLiteral("recipeID")),
-                    recipes.Text(QStringLiteral("Title")));
-            }
-            recipes.Close();
+            Add(TypeLevel, group, types.Long(QStringLiteral("typeID")),
+                types.Text(QStringLiteral("Name")));
         }
         types.Close();
     }
     groups.Close();
+}
+
+bool SectionCatalogue::CanFetch(int level, int index) {
+    if (level == RecipeLevel) {
+        return !(m_levels[RecipeLevel][index].state & Node::Fetched) && HasSections(index);
+    }
+    return level == GroupLevel && !(m_levels[GroupLevel][index].state & Node::Fetched);
+}
+
+void SectionCatalogue::MarkRead(int level, int index) {
+    m_levels[level][index].state |= Node::Fetched;
+}
+
+void SectionCatalogue::ReadRecipes(int type, std::vector<Node>& recipes) {
+    MarkRead(TypeLevel, type);
+    Recordset rows = modDatabase::GetRecordset(
+        QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") +
+        QString::number(m_levels[TypeLevel][type].id) + QStringLiteral(" ORDER BY title;"));
+    for (; !rows.Eof(); rows.MoveNext()) {
+        Node recipe;
+        recipe.id = rows.Long(QStringLiteral("recipeID"));
+        recipe.text = rows.Text(QStringLiteral("Title"));
+        recipe.parent = type;
+        recipes.push_back(std::move(recipe));
+    }
+    rows.Close();
+}
+
+void SectionCatalogue::Attach(int level, int parent, std::vector<Node>& children) {
+    std::vector<Node>& nodes = m_levels[level];
+    Node& above = m_levels[level - 1][parent];
+    above.first = static_cast<int>(nodes.size());
+    above.count = static_cast<int>(children.size());
+    std::move(children.begin(), children.end(), std::back_inserter(nodes));
+    children.clear();
 }
 
 bool SectionCatalogue::HasSections(int recipe) {
@@ -105,10 +132,6 @@ bool SectionCatalogue::HasSections(int recipe) {
         ReadAnswers(node.parent);
     }
     return (node.state & Node::HasSections) != 0;
-}
-
-bool SectionCatalogue::CanFetch(int recipe) {
-    return !(m_levels[RecipeLevel][recipe].state & Node::Fetched) && HasSections(recipe);
 }
 
 bool SectionCatalogue::AnswersKnown(int type) const {
@@ -141,25 +164,28 @@ void SectionCatalogue::ReadAnswers(int type) {
         }
     });
     for (const auto& [recipe, sectionID] : shared) {
-        if (OwnerOf(sectionID) == recipe) {
+        if (OwnerOf(sectionID) == recipes[recipe].id) {
             recipes[recipe].state |= Node::HasSections;
         }
     }
 }
 
-int SectionCatalogue::OwnerOf(qint32 sectionID) {
+qint32 SectionCatalogue::OwnerOf(qint32 sectionID) {
     const auto found = m_owners.constFind(sectionID);
     if (found != m_owners.cend()) {
         return found.value();
     }
-    int owner = -1;
+    qint32 owner = 0;
+    std::pair<int, int> first{-1, 0};
     Recordset links = modDatabase::GetRecordset(
         QStringLiteral("SELECT * FROM [RecipeSection] WHERE sectionID = ") +
         QString::number(sectionID) + QStringLiteral(";"));
     for (; !links.Eof(); links.MoveNext()) {
-        const int recipe = RecipeIndex(links.Long(QStringLiteral("recipeID")));
-        if (recipe >= 0 && (owner < 0 || recipe < owner)) {
-            owner = recipe;  // recipes stand in the order of the tree
+        const qint32 recipeID = links.Long(QStringLiteral("recipeID"));
+        const std::pair<int, int> place = PlaceOf(recipeID);
+        if (place.first >= 0 && (first.first < 0 || place < first)) {
+            first = place;
+            owner = recipeID;
         }
     }
     links.Close();
@@ -167,19 +193,29 @@ int SectionCatalogue::OwnerOf(qint32 sectionID) {
     return owner;
 }
 
-int SectionCatalogue::RecipeIndex(qint32 recipeID) {
+std::pair<int, int> SectionCatalogue::PlaceOf(qint32 recipeID) {
     const std::vector<Node>& recipes = m_levels[RecipeLevel];
-    if (m_recipeIndexes.size() != recipes.size()) {
-        m_recipeIndexes.clear();
-        m_recipeIndexes.reserve(recipes.size());
-        for (size_t i = 0; i < recipes.size(); ++i) {
-            m_recipeIndexes.emplace_back(recipes[i].id, static_cast<int>(i));
+    for (size_t i = 0; i < recipes.size(); ++i) {
+        if (recipes[i].id == recipeID) {
+            return {recipes[i].parent, static_cast<int>(i)};
         }
-        std::sort(m_recipeIndexes.begin(), m_recipeIndexes.end());
     }
-    const auto found = std::lower_bound(m_recipeIndexes.begin(), m_recipeIndexes.end(),
-                                        std::make_pair(recipeID, -1));
-    return found != m_recipeIndexes.end() && found->first == recipeID ? found->second : -1;
+    // Not read yet: its subgroup's place decides.
+    qint32 typeID = 0;
+    Recordset recipe =
+        modDatabase::GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE recipeID = ") +
+                                  QString::number(recipeID) + QStringLiteral(";"));
+    if (!recipe.Eof()) {
+        typeID = recipe.Long(QStringLiteral("typeID"));
+    }
+    recipe.Close();
+    const std::vector<Node>& types = m_levels[TypeLevel];
+    for (size_t i = 0; i < types.size(); ++i) {
+        if (types[i].id == typeID) {
+            return {static_cast<int>(i), std::numeric_limits<int>::max()};
+        }
+    }
+    return {-1, 0};
 }
 
 void SectionCatalogue::ReadSections(int recipe, std::vector<Node>& sections) {
@@ -199,7 +235,8 @@ void SectionCatalogue::ReadSections(int recipe, std::vector<Node>& sections) {
         const qint32 sectionID = rows.Long(QStringLiteral("sectionID"));
         const auto owner = m_owners.constFind(sectionID);
         // A section linked twice to the recipe, or to an earlier recipe too, is offered once.
-        if (shown.contains(sectionID) || (owner != m_owners.cend() && owner.value() != recipe)) {
+        if (shown.contains(sectionID) ||
+            (owner != m_owners.cend() && owner.value() != m_levels[RecipeLevel][recipe].id)) {
             continue;
         }
         shown.insert(sectionID);
@@ -210,13 +247,4 @@ void SectionCatalogue::ReadSections(int recipe, std::vector<Node>& sections) {
         sections.push_back(std::move(section));
     }
     rows.Close();
-}
-
-void SectionCatalogue::AttachSections(int recipe, std::vector<Node>& sections) {
-    std::vector<Node>& level = m_levels[SectionLevel];
-    Node& node = m_levels[RecipeLevel][recipe];
-    node.first = static_cast<int>(level.size());
-    node.count = static_cast<int>(sections.size());
-    std::move(sections.begin(), sections.end(), std::back_inserter(level));
-    sections.clear();
 }

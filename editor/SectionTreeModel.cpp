@@ -84,7 +84,12 @@ bool SectionTreeModel::hasChildren(const QModelIndex& parent) const {
     }
     switch (LevelOf(parent)) {
         case SectionCatalogue::GroupLevel:
+            return rowCount(parent) > 0;
         case SectionCatalogue::TypeLevel:
+            // Read when its group is expanded; asked before that, it is read now.
+            if (!m_catalogue.IsRead(SectionCatalogue::TypeLevel, NodeOf(parent))) {
+                const_cast<SectionTreeModel*>(this)->ReadRecipes(NodeOf(parent), false);
+            }
             return rowCount(parent) > 0;
         case SectionCatalogue::RecipeLevel:
             return RecipeHasSections(NodeOf(parent));
@@ -93,17 +98,44 @@ bool SectionTreeModel::hasChildren(const QModelIndex& parent) const {
     }
 }
 
-// A subgroup being expanded: which of its recipes show sections, before the view asks each.
+bool SectionTreeModel::ReadRecipes(int type, bool announce) {
+    std::vector<SectionCatalogue::Node> recipes;
+    return ErrorPath::Handle(m_expandSource, [&] {
+        ErrorPath::PassOn("frmSelectSection:ReadRecipes", [&] {
+            // What was read joins the tree, also when reading fails part-way.
+            const auto attach = qScopeGuard([&] {
+                const bool any = announce && !recipes.empty();
+                if (any) {
+                    beginInsertRows(IndexOf(SectionCatalogue::TypeLevel, type), 0,
+                                    static_cast<int>(recipes.size()) - 1);
+                }
+                m_catalogue.Attach(SectionCatalogue::RecipeLevel, type, recipes);
+                if (any) {
+                    endInsertRows();
+                }
+            });
+            m_catalogue.ReadRecipes(type, recipes);
+        });
+    });
+}
+
+// A group being expanded: its subgroups' recipes, so that each subgroup shows whether it has
+// any. A subgroup being expanded: which of its recipes show sections, before the view asks each.
 // A recipe being expanded: its sections.
 bool SectionTreeModel::canFetchMore(const QModelIndex& parent) const {
     if (!parent.isValid()) {
         return false;
     }
+    const int node = NodeOf(parent);
     switch (LevelOf(parent)) {
+        case SectionCatalogue::GroupLevel:
+            return m_catalogue.CanFetch(SectionCatalogue::GroupLevel, node);
         case SectionCatalogue::TypeLevel:
-            return !m_catalogue.AnswersKnown(NodeOf(parent));
+            return m_catalogue.IsRead(SectionCatalogue::TypeLevel, node) &&
+                   !m_catalogue.AnswersKnown(node);
         case SectionCatalogue::RecipeLevel:
-            return RecipeHasSections(NodeOf(parent)) && m_catalogue.CanFetch(NodeOf(parent));
+            return RecipeHasSections(node) &&
+                   m_catalogue.CanFetch(SectionCatalogue::RecipeLevel, node);
         default:
             return false;
     }
@@ -113,26 +145,43 @@ void SectionTreeModel::fetchMore(const QModelIndex& parent) {
     if (!canFetchMore(parent)) {
         return;
     }
-    if (LevelOf(parent) == SectionCatalogue::TypeLevel) {
-        ErrorPath::Handle(m_expandSource, [&] {
-            ErrorPath::PassOn("frmSelectSection:ReadSectionAnswers",
-                              [&] { m_catalogue.ReadAnswers(NodeOf(parent)); });
-        });
-        return;
+    const int node = NodeOf(parent);
+    switch (LevelOf(parent)) {
+        case SectionCatalogue::GroupLevel: {
+            m_catalogue.MarkRead(SectionCatalogue::GroupLevel, node);
+            const SectionCatalogue::Node& group =
+                m_catalogue.At(SectionCatalogue::GroupLevel, node);
+            bool failed = false;
+            for (int type = group.first; type < group.first + group.count; ++type) {
+                if (failed) {
+                    // After a failure the remaining subgroups stay empty.
+                    m_catalogue.MarkRead(SectionCatalogue::TypeLevel, type);
+                } else if (!m_catalogue.IsRead(SectionCatalogue::TypeLevel, type)) {
+                    failed = !ReadRecipes(type, true);
+                }
+            }
+            return;
+        }
+        case SectionCatalogue::TypeLevel:
+            ErrorPath::Handle(m_expandSource, [&] {
+                ErrorPath::PassOn("frmSelectSection:ReadSectionAnswers",
+                                  [&] { m_catalogue.ReadAnswers(node); });
+            });
+            return;
+        default:
+            break;
     }
-    const int recipe = NodeOf(parent);
     std::vector<SectionCatalogue::Node> sections;
     ErrorPath::Handle(m_expandSource, [&] {
         ErrorPath::PassOn("frmSelectSection:FetchSections", [&] {
-            // What was read joins the tree, also when reading fails part-way.
             const auto attach = qScopeGuard([&] {
                 if (!sections.empty()) {
                     beginInsertRows(parent, 0, static_cast<int>(sections.size()) - 1);
-                    m_catalogue.AttachSections(recipe, sections);
+                    m_catalogue.Attach(SectionCatalogue::SectionLevel, node, sections);
                     endInsertRows();
                 }
             });
-            m_catalogue.ReadSections(recipe, sections);
+            m_catalogue.ReadSections(node, sections);
         });
     });
 }

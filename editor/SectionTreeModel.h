@@ -6,9 +6,10 @@
 #include "editor/SectionCatalogue.h"
 
 // The section picker's tree as a model over its catalogue: one column, the node's text, groups
-// and subgroups bold, the node's key under modGeneral::KeyRole. A recipe's sections are read
-// when the view first expands it (fetchMore); a failure on the way is reported as an event
-// handler's error with the given source and leaves the node without children.
+// and subgroups bold, the node's key under modGeneral::KeyRole. What a node holds is read when
+// the view first expands it (fetchMore): a group's subgroups' recipes, which of a subgroup's
+// recipes have sections, a recipe's sections. A failure on the way is reported as an event
+// handler's error with the given source and leaves the nodes without the children not read.
 class SectionTreeModel : public QAbstractItemModel {
     Q_OBJECT
 
@@ -35,6 +36,9 @@ private:
     QModelIndex IndexOf(int level, int node) const;
     // Whether a recipe shows sections, its subgroup's answers read if needed (errors reported).
     bool RecipeHasSections(int recipe) const;
+    // Reads a subgroup's recipes, announcing them to the views when asked to; false after an
+    // error, which is reported.
+    bool ReadRecipes(int type, bool announce);
 
     const char* m_expandSource;
     // Reading on demand happens behind the model's const interface.
