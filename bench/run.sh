@@ -9,7 +9,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
-programs=("${@:-foundation mainwindow editor search tree copy settings access pages mealmaster exchange}")
+programs=("${@:-foundation mainwindow editor picker search tree copy settings access pages mealmaster exchange}")
 read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -39,6 +39,7 @@ for program in "${programs[@]}"; do
         mainwindow) "$build/bench/bench_mainwindow" --cache-dir "$cache" "${pg[@]}" \
                         --program "$build/app/morvena" --sample "$build/share/Morvena.mdb" ;;
         editor) "$build/bench/bench_editor" --cache-dir "$cache" ;;
+        picker) "$build/bench/bench_picker" --cache-dir "$cache" ;;
         search) "$build/bench/bench_search" --cache-dir "$cache" "${pg[@]}" ;;
         tree) "$build/bench/bench_tree" --cache-dir "$cache" ;;
         copy) "$build/bench/bench_copy" --cache-dir "$cache" "${pg[@]}" ;;
