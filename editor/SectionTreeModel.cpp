@@ -4,6 +4,7 @@
 
 #include "core/AppError.h"
 #include "core/modGeneral.h"
+#include "core/ui/UiServices.h"
 
 namespace {
 
@@ -148,6 +149,10 @@ void SectionTreeModel::fetchMore(const QModelIndex& parent) {
     const int node = NodeOf(parent);
     switch (LevelOf(parent)) {
         case SectionCatalogue::GroupLevel: {
+            // A group of a large collection holds many recipes: the hourglass while they come.
+            UiServices::SetMousePointer(UiServices::vbHourglass);
+            const auto pointer =
+                qScopeGuard([] { UiServices::SetMousePointer(UiServices::vbDefault); });
             m_catalogue.MarkRead(SectionCatalogue::GroupLevel, node);
             const SectionCatalogue::Node& group =
                 m_catalogue.At(SectionCatalogue::GroupLevel, node);
