@@ -9,7 +9,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 jobs=${JOBS:-$(nproc)}
-programs=("${@:-foundation mainwindow start editor search tree copy settings access pages mealmaster exchange}")
+programs=("${@:-foundation mainwindow start editor picker search tree copy settings access pages mealmaster exchange}")
 read -r -a programs <<<"${programs[*]}"
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
@@ -40,6 +40,7 @@ for program in "${programs[@]}"; do
                         --program "$build/app/morvena" --sample "$build/share/Morvena.mdb" ;;
         start) "$build/bench/bench_start" --tool "$build/tools/morvena-tool" --cache-dir "$cache" ;;
         editor) "$build/bench/bench_editor" --cache-dir "$cache" ;;
+        picker) "$build/bench/bench_picker" --cache-dir "$cache" ;;
         search) "$build/bench/bench_search" --cache-dir "$cache" "${pg[@]}" \
                     --tool "$build/tools/morvena-tool" ;;
         tree) "$build/bench/bench_tree" --cache-dir "$cache" ;;

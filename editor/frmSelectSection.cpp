@@ -1,9 +1,8 @@
 #include "editor/frmSelectSection.h"
 
-#include <QFont>
 #include <QKeyEvent>
 #include <QPushButton>
-#include <QTreeWidget>
+#include <QTreeView>
 
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
@@ -11,6 +10,7 @@
 #include "core/ui/Controls.h"
 #include "core/ui/KeepSelection.h"
 #include "core/ui/UiServices.h"
+#include "editor/SectionTreeModel.h"
 #include "editor/frmNew.h"
 
 namespace {
@@ -24,14 +24,17 @@ constexpr int BottomStripTwips = 375;
 }  // namespace
 
 frmSelectSection::frmSelectSection(frmNew* editor, QWidget* parent)
-    : QDialog(parent), m_editor(editor) {
+    : QDialog(parent),
+      m_editor(editor),
+      m_model(new SectionTreeModel("frmSelectSection:tvSections_Expand->", this)) {
     using Controls::Pixels;
     setObjectName(QStringLiteral("frmSelectSection"));
     setWindowTitle(QStringLiteral("Izbira obstoječega razdelka"));
-    tvSections = new QTreeWidget(this);
+    tvSections = new QTreeView(this);
     tvSections->setObjectName(QStringLiteral("tvSections"));
     tvSections->setHeaderHidden(true);
-    tvSections->setColumnCount(1);
+    tvSections->setUniformRowHeights(true);
+    tvSections->setModel(m_model);
     tvSections->setSelectionMode(QAbstractItemView::SingleSelection);
     tvSections->setEditTriggers(QAbstractItemView::NoEditTriggers);
     tvSections->setExpandsOnDoubleClick(true);
@@ -41,8 +44,13 @@ frmSelectSection::frmSelectSection(frmNew* editor, QWidget* parent)
     cmdCancel->setAutoDefault(false);
     cmdCancel->setVisible(false);
     connect(cmdCancel, &QPushButton::clicked, this, &frmSelectSection::cmdCancel_Click);
-    connect(tvSections, &QTreeWidget::itemDoubleClicked, this,
-            &frmSelectSection::tvSections_DblClick);
+    connect(tvSections, &QTreeView::doubleClicked, this, &frmSelectSection::tvSections_DblClick);
+    // A node expanded by the user or by code reads its children now, laid out or not.
+    connect(tvSections, &QTreeView::expanded, m_model, [this](const QModelIndex& index) {
+        if (m_model->canFetchMore(index)) {
+            m_model->fetchMore(index);
+        }
+    });
     resize(Pixels(4800), Pixels(6000));
 }
 
@@ -57,67 +65,8 @@ void frmSelectSection::Form_Load() {
     UiServices::SetMousePointer(UiServices::vbDefault);
 }
 
-QTreeWidgetItem* frmSelectSection::AddNode(QTreeWidgetItem* parent, const QString& key,
-                                           const QString& text, bool bold) {
-    auto* node = parent ? new QTreeWidgetItem(parent, QStringList{text})
-                        : new QTreeWidgetItem(tvSections, QStringList{text});
-    node->setData(0, modGeneral::KeyRole, key);
-    if (bold) {
-        QFont font = node->font(0);
-        font.setBold(true);
-        node->setFont(0, font);
-    }
-    m_keys.insert(key);
-    return node;
-}
-
 void frmSelectSection::RefreshTreeView() {
-    ErrorPath::PassOn("frmSelectSection:RefreshTreeView", [&] {
-        using modDatabase::GetRecordset;
-        tvSections->clear();
-        m_keys.clear();
-        Recordset groups = GetRecordset(QStringLiteral("SELECT * FROM [Group] ORDER BY name;"));
-        for (; !groups.Eof(); groups.MoveNext()) {
-            const QString groupID = QString::number(groups.Long(QStringLiteral("groupID")));
-            QTreeWidgetItem* group = AddNode(nullptr, QStringLiteral("G") + groupID,
-                                             groups.Text(QStringLiteral("Name")), true);
-            Recordset types = GetRecordset(QStringLiteral("SELECT * FROM [Type] WHERE groupID = ") +
-                                           groupID + QStringLiteral(" ORDER BY name;"));
-            for (; !types.Eof(); types.MoveNext()) {
-                const QString typeID = QString::number(types.Long(QStringLiteral("typeID")));
-                QTreeWidgetItem* type = AddNode(group, QStringLiteral("T") + typeID,
-                                                types.Text(QStringLiteral("Name")), true);
-                Recordset recipes =
-                    GetRecordset(QStringLiteral("SELECT * FROM [Recipe] WHERE typeID = ") + typeID +
-                                 QStringLiteral(" ORDER BY title;"));
-                for (; !recipes.Eof(); recipes.MoveNext()) {
-                    const QString recipeID =
-                        QString::number(recipes.Long(QStringLiteral("recipeID")));
-                    QTreeWidgetItem* recipe = AddNode(type, QStringLiteral("R") + recipeID,
-                                                      recipes.Text(QStringLiteral("Title")), false);
-                    Recordset sections = GetRecordset(
-                        QStringLiteral("SELECT [Section].sectionID, [Section].title FROM [Section] "
-                                       "INNER JOIN [RecipeSection] ON [Section].sectionID = "
-                                       "[RecipeSection].sectionID WHERE [Section].title IS NOT "
-                                       "NULL AND [RecipeSection].recipeID = ") +
-                        recipeID + QStringLiteral(" ORDER BY [RecipeSection].place;"));
-                    for (; !sections.Eof(); sections.MoveNext()) {
-                        const QString key =
-                            QStringLiteral("S") +
-                            QString::number(sections.Long(QStringLiteral("sectionID")));
-                        // A section linked to two recipes is offered once, under the first.
-                        if (!m_keys.contains(key)) {
-                            AddNode(recipe, key, sections.Text(QStringLiteral("Title")), false);
-                        }
-                    }
-                    sections.Close();
-                }
-                recipes.Close();
-            }
-            types.Close();
-        }
-        groups.Close();
-    });
+    ErrorPath::PassOn("frmSelectSection:RefreshTreeView", [&] { m_model->Refresh(); });
 }
 
 void frmSelectSection::UnloadFromCode() {
@@ -127,7 +76,7 @@ void frmSelectSection::UnloadFromCode() {
 
 void frmSelectSection::tvSections_DblClick() {
     ErrorPath::Handle("frmSelectSection:tvSections_DblClick->", [&] {
-        const QString key = modGeneral::ItemKey(tvSections->currentItem());
+        const QString key = tvSections->currentIndex().data(modGeneral::KeyRole).toString();
         if (key.left(1) == QLatin1String("S")) {
             m_editor->lngSectionID = EditSections::ToLong(key.mid(1));
             UnloadFromCode();

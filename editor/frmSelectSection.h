@@ -1,18 +1,18 @@
 #pragma once
 
 #include <QDialog>
-#include <QSet>
 #include <QString>
 
 class QPushButton;
-class QTreeWidget;
-class QTreeWidgetItem;
+class QTreeView;
+class SectionTreeModel;
 class frmNew;
 
 // The section picker of the recipe editor: the whole collection as a tree of groups, subgroups,
 // recipes and their titled sections. A double click on a section writes its key into the
 // editor's lngSectionID and closes the picker; every other way out writes -1. The editor reads
-// lngSectionID after the modal call returns.
+// lngSectionID after the modal call returns. Groups, subgroups and recipes are read as the picker
+// opens; a recipe's sections when its node is first expanded.
 class frmSelectSection : public QDialog {
     Q_OBJECT
 
@@ -22,7 +22,7 @@ public:
     // Loads the tree (Form_Load) and shows the picker modally.
     int exec() override;
 
-    QTreeWidget* tvSections = nullptr;
+    QTreeView* tvSections = nullptr;
     // The cancel button; not shown (Escape presses it).
     QPushButton* cmdCancel = nullptr;
 
@@ -39,10 +39,8 @@ private:
     void Form_QueryUnload();
     void Form_Resize();
     void UnloadFromCode();
-    QTreeWidgetItem* AddNode(QTreeWidgetItem* parent, const QString& key, const QString& text,
-                             bool bold);
 
     frmNew* m_editor;
+    SectionTreeModel* m_model;
     bool m_unloadingFromCode = false;
-    QSet<QString> m_keys;
 };

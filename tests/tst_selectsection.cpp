@@ -12,7 +12,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
-#include <QTreeWidget>
+#include <QTreeView>
 #include <functional>
 #include <memory>
 
@@ -36,28 +36,30 @@ using namespace EditorDriver;
 
 namespace {
 
-// Every node as "<indent><key> <text>[ (b)]", depth first; "(b)" marks bold text.
-void AddNodeTexts(const QTreeWidgetItem* node, int depth, QStringList& texts) {
-    texts << QString(depth * 2, QLatin1Char(' ')) + modGeneral::ItemKey(node) + QLatin1Char(' ') +
-                 node->text(0) + (node->font(0).bold() ? QStringLiteral(" (b)") : QString());
-    for (int i = 0; i < node->childCount(); ++i) {
-        AddNodeTexts(node->child(i), depth + 1, texts);
+// Every node the model holds now as "<indent><key> <text>[ (b)]", depth first; "(b)" marks
+// bold text.
+void AddNodeTexts(const QAbstractItemModel* model, const QModelIndex& parent, int depth,
+                  QStringList& texts) {
+    for (int row = 0; row < model->rowCount(parent); ++row) {
+        const QModelIndex node = model->index(row, 0, parent);
+        texts << QString(depth * 2, QLatin1Char(' ')) + node.data(modGeneral::KeyRole).toString() +
+                     QLatin1Char(' ') + node.data().toString() +
+                     (node.data(Qt::FontRole).value<QFont>().bold() ? QStringLiteral(" (b)")
+                                                                    : QString());
+        AddNodeTexts(model, node, depth + 1, texts);
     }
 }
-QStringList NodeTexts(const QTreeWidget* tree) {
+QStringList NodeTexts(const QTreeView* tree) {
     QStringList texts;
-    for (int i = 0; i < tree->topLevelItemCount(); ++i) {
-        AddNodeTexts(tree->topLevelItem(i), 0, texts);
-    }
+    AddNodeTexts(tree->model(), QModelIndex(), 0, texts);
     return texts;
 }
 
-bool AnyExpanded(const QTreeWidgetItem* node) {
-    if (node->isExpanded()) {
-        return true;
-    }
-    for (int i = 0; i < node->childCount(); ++i) {
-        if (AnyExpanded(node->child(i))) {
+bool AnyExpanded(const QTreeView* tree, const QModelIndex& parent = QModelIndex()) {
+    const QAbstractItemModel* model = tree->model();
+    for (int row = 0; row < model->rowCount(parent); ++row) {
+        const QModelIndex node = model->index(row, 0, parent);
+        if (tree->isExpanded(node) || AnyExpanded(tree, node)) {
             return true;
         }
     }
@@ -110,7 +112,7 @@ private Q_SLOTS:
             QCOMPARE(picker->objectName(), QStringLiteral("frmSelectSection"));
             QCOMPARE(picker->windowTitle(), QStringLiteral("Izbira obstoječega razdelka"));
             QVERIFY(picker->isModal());
-            QTreeWidget* tvSections = List(picker, "tvSections");
+            QTreeView* tvSections = Tree(picker, "tvSections");
             QVERIFY(tvSections->isVisible());
             QVERIFY(tvSections->isHeaderHidden());
             QPushButton* cmdCancel = Button(picker, "cmdCancel");
@@ -147,7 +149,10 @@ private Q_SLOTS:
         MessageRecorder messages;
         frmNew editor;
         ShowPicker(editor, [&](frmSelectSection* picker) {
-            QTreeWidget* tvSections = List(picker, "tvSections");
+            QTreeView* tvSections = Tree(picker, "tvSections");
+            // The tree opens collapsed.
+            QVERIFY(!AnyExpanded(tvSections));
+            ExpandAll(tvSections);
             QCOMPARE(NodeTexts(tvSections),
                      (QStringList{"G3 Čaji (b)", "G1 Juhe (b)", "  T4 Enolončnice (b)",
                                   "  T1 Mesne juhe (b)", "    R1 Goveja juha",
@@ -155,9 +160,6 @@ private Q_SLOTS:
                                   "G2 Sladice (b)", "  T3 Pecivo (b)", "    R4 Ajdov kolač",
                                   "      S7 Testo", "      S5 Nadev", "    R3 čokoladna torta",
                                   "      S2 Testo", "      S3 Krema"}));
-            for (int i = 0; i < tvSections->topLevelItemCount(); ++i) {
-                QVERIFY(!AnyExpanded(tvSections->topLevelItem(i)));
-            }
         });
         QVERIFY(messages.Messages().isEmpty());
     }
@@ -181,7 +183,7 @@ private Q_SLOTS:
         editor.lngSectionID = 42;
         bool closed = false;
         const int result = ShowPicker(editor, [&](frmSelectSection* picker) {
-            QCOMPARE(List(picker, "tvSections")->topLevelItemCount(), 0);
+            QCOMPARE(Tree(picker, "tvSections")->model()->rowCount(), 0);
             if (way == QLatin1String("cancel")) {
                 Button(picker, "cmdCancel")->click();
             } else if (way == QLatin1String("close box")) {
@@ -206,15 +208,16 @@ private Q_SLOTS:
         editor.lngSectionID = 42;
         bool closed = false;
         ShowPicker(editor, [&](frmSelectSection* picker) {
-            QTreeWidget* tvSections = List(picker, "tvSections");
+            QTreeView* tvSections = Tree(picker, "tvSections");
             // Group, subgroup and recipe: the tree expands them, the picker stays open.
             for (const char* key : {"G2", "T3", "R3"}) {
-                QTreeWidgetItem* node = Node(tvSections, QString::fromLatin1(key));
-                QVERIFY(!node->isExpanded());
+                const QModelIndex node = Node(tvSections, QString::fromLatin1(key));
+                QVERIFY2(node.isValid(), key);
+                QVERIFY(!tvSections->isExpanded(node));
                 DoubleClickEntry(tvSections, node);
                 QVERIFY2(picker->isVisible(), key);
                 QCOMPARE(editor.lngSectionID, 42);
-                QVERIFY2(node->isExpanded(), key);
+                QVERIFY2(tvSections->isExpanded(node), key);
             }
             DoubleClickEntry(tvSections, Node(tvSections, QStringLiteral("S3")));
             closed = !picker->isVisible();
@@ -229,12 +232,18 @@ private Q_SLOTS:
         MessageRecorder messages;
         frmNew editor;
         ShowPicker(editor, [&](frmSelectSection* picker) {
-            QTreeWidget* tvSections = List(picker, "tvSections");
-            // Sections 1 and 4 are untitled (recipes 1 and 2).
-            QCOMPARE(Node(tvSections, QStringLiteral("R1"))->childCount(), 0);
-            QCOMPARE(Node(tvSections, QStringLiteral("R2"))->childCount(), 0);
-            QVERIFY(!Node(tvSections, QStringLiteral("S1")));
-            QVERIFY(!Node(tvSections, QStringLiteral("S4")));
+            QTreeView* tvSections = Tree(picker, "tvSections");
+            const QAbstractItemModel* model = tvSections->model();
+            ExpandAll(tvSections);
+            // Sections 1 and 4 are untitled (recipes 1 and 2): the recipes cannot be expanded.
+            for (const char* key : {"R1", "R2"}) {
+                const QModelIndex recipe = Node(tvSections, QString::fromLatin1(key));
+                QVERIFY2(!model->hasChildren(recipe), key);
+                QCOMPARE(model->rowCount(recipe), 0);
+            }
+            QVERIFY(!Node(tvSections, QStringLiteral("S1")).isValid());
+            QVERIFY(!Node(tvSections, QStringLiteral("S4")).isValid());
+            QVERIFY(Node(tvSections, QStringLiteral("S2")).isValid());
         });
     }
 
@@ -244,13 +253,13 @@ private Q_SLOTS:
         MessageRecorder messages;
         frmNew editor;
         ShowPicker(editor, [&](frmSelectSection* picker) {
-            QTreeWidget* tvSections = List(picker, "tvSections");
-            QTreeWidgetItem* soup = Node(tvSections, QStringLiteral("R1"));
-            QCOMPARE(soup->childCount(), 1);
-            QCOMPARE(modGeneral::ItemKey(soup->child(0)), QStringLiteral("S3"));
-            QCOMPARE(Node(tvSections, QStringLiteral("R3"))->childCount(), 1);
-            QCOMPARE(modGeneral::ItemKey(Node(tvSections, QStringLiteral("R3"))->child(0)),
-                     QStringLiteral("S2"));
+            QTreeView* tvSections = Tree(picker, "tvSections");
+            ExpandAll(tvSections);
+            QCOMPARE(NodeTexts(tvSections),
+                     (QStringList{"G1 Juhe (b)", "  T1 Mesne juhe (b)", "    R1 Goveja juha",
+                                  "      S3 Krema", "  T2 Zelenjavne juhe (b)",
+                                  "    R2 Korenčkova juha", "G2 Sladice (b)", "  T3 Pecivo (b)",
+                                  "    R3 čokoladna torta", "      S2 Testo"}));
         });
         QVERIFY(messages.Messages().isEmpty());
     }
@@ -260,14 +269,13 @@ private Q_SLOTS:
         QFETCH(QString, kind);
         Open(kind);
         m_errorsExpected = true;
-        TestDatabase::Exec(QStringLiteral("DROP TABLE [RecipeSection]"));
+        TestDatabase::Exec(QStringLiteral("DROP TABLE [Type]"));
         MessageRecorder messages;
         frmNew editor;
         bool open = false;
         ShowPicker(editor, [&](frmSelectSection* picker) {
             open = picker->isVisible();
-            QCOMPARE(NodeTexts(List(picker, "tvSections")),
-                     (QStringList{"G1 Juhe (b)", "  T1 Mesne juhe (b)", "    R1 Goveja juha"}));
+            QCOMPARE(NodeTexts(Tree(picker, "tvSections")), QStringList{"G1 Juhe (b)"});
         });
         QVERIFY(open);
         QCOMPARE(Said(messages), QStringList{"48 " + ErrorPath::UnexpectedErrorMessage});
@@ -277,12 +285,83 @@ private Q_SLOTS:
         QCOMPARE(UiServices::MousePointer(), int(UiServices::vbDefault));
     }
 
+    // The sections are read as the tree is expanded: a failure then is reported once, the
+    // recipes stay without sections, and the picker stays open.
+    void failureWhileExpandingKeepsThePicker_data() { TestDatabase::AddKinds(); }
+    void failureWhileExpandingKeepsThePicker() {
+        QFETCH(QString, kind);
+        Open(kind);
+        m_errorsExpected = true;
+        TestDatabase::Exec(QStringLiteral("DROP TABLE [RecipeSection]"));
+        MessageRecorder messages;
+        frmNew editor;
+        bool open = false;
+        ShowPicker(editor, [&](frmSelectSection* picker) {
+            QTreeView* tvSections = Tree(picker, "tvSections");
+            QVERIFY(messages.Messages().isEmpty());
+            const QModelIndex pastry = Node(tvSections, QStringLiteral("T3"));
+            tvSections->expand(pastry.parent());
+            DoubleClickEntry(tvSections, pastry);
+            QVERIFY(tvSections->isExpanded(pastry));
+            const QModelIndex cake = Node(tvSections, QStringLiteral("R3"));
+            QVERIFY(!tvSections->model()->hasChildren(cake));
+            ExpandAll(tvSections);
+            open = picker->isVisible();
+            QCOMPARE(NodeTexts(tvSections),
+                     (QStringList{"G1 Juhe (b)", "  T1 Mesne juhe (b)", "    R1 Goveja juha",
+                                  "  T2 Zelenjavne juhe (b)", "    R2 Korenčkova juha",
+                                  "G2 Sladice (b)", "  T3 Pecivo (b)", "    R3 čokoladna torta"}));
+        });
+        QVERIFY(open);
+        // Once for each subgroup whose recipes were asked about.
+        QCOMPARE(Said(messages), QStringList(3, "48 " + ErrorPath::UnexpectedErrorMessage));
+        QVERIFY2(ErrorLog().contains(
+                     QStringLiteral("frmSelectSection:tvSections_Expand->frmSelectSection:"
+                                    "ReadSectionAnswers->")),
+                 qPrintable(ErrorLog()));
+    }
+
+    // Opening reads groups and subgroups; a group's recipes come when it is first expanded, a
+    // recipe's sections when it is first expanded, and whether it can be expanded is known
+    // before.
+    void sectionsAreReadWhenARecipeIsExpanded_data() { TestDatabase::AddKinds(); }
+    void sectionsAreReadWhenARecipeIsExpanded() {
+        QFETCH(QString, kind);
+        Open(kind);
+        MessageRecorder messages;
+        frmNew editor;
+        ShowPicker(editor, [&](frmSelectSection* picker) {
+            QTreeView* tvSections = Tree(picker, "tvSections");
+            const QAbstractItemModel* model = tvSections->model();
+            QCOMPARE(NodeTexts(tvSections),
+                     (QStringList{"G1 Juhe (b)", "  T1 Mesne juhe (b)", "  T2 Zelenjavne juhe (b)",
+                                  "G2 Sladice (b)", "  T3 Pecivo (b)"}));
+            const QModelIndex pastry = Node(tvSections, QStringLiteral("T3"));
+            QCOMPARE(model->rowCount(pastry), 0);
+            tvSections->expand(pastry.parent());
+            QVERIFY(model->hasChildren(pastry));
+            QCOMPARE(model->rowCount(pastry), 1);
+            tvSections->expand(pastry);
+            const QModelIndex cake = Node(tvSections, QStringLiteral("R3"));
+            QCOMPARE(cake.data().toString(), QStringLiteral("čokoladna torta"));
+            QVERIFY(model->hasChildren(cake));
+            QCOMPARE(model->rowCount(cake), 0);
+            tvSections->expand(cake);
+            QCOMPARE(model->rowCount(cake), 2);
+            QCOMPARE(model->index(1, 0, cake).data().toString(), QStringLiteral("Krema"));
+            QCOMPARE(model->index(1, 0, cake).data(modGeneral::KeyRole).toString(),
+                     QStringLiteral("S3"));
+            QVERIFY(!model->hasChildren(model->index(1, 0, cake)));
+        });
+        QVERIFY(messages.Messages().isEmpty());
+    }
+
     void treeFillsTheDialog() {
         Open(TestDatabase::Sqlite);
         MessageRecorder messages;
         frmNew editor;
         ShowPicker(editor, [&](frmSelectSection* picker) {
-            QTreeWidget* tvSections = List(picker, "tvSections");
+            QTreeView* tvSections = Tree(picker, "tvSections");
             const QPoint corner = tvSections->pos();
             QCOMPARE(corner, QPoint(Controls::Pixels(120), Controls::Pixels(120)));
             picker->resize(400, 300);

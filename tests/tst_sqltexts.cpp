@@ -2,7 +2,9 @@
 // kinds of database and gives the same rows.
 #include <QTest>
 
+#include "core/database/SqlStatement.h"
 #include "core/database/modDatabase.h"
+#include "editor/SectionCatalogue.h"
 #include "tests/support/TestDatabase.h"
 
 namespace {
@@ -331,6 +333,46 @@ QMap<QString, QStringList> SearchRows() {
     };
 }
 
+// The program's own statements, with the values that go beside their text: the rows they give on
+// the small collection, sorted.
+struct OwnCase {
+    const char* name;
+    QString sql;
+    QVariantList values;
+    QStringList rows;
+};
+
+QList<OwnCase> OwnCases() {
+    return {
+        // the section picker: the titled sections of a subgroup's recipes and their links
+        {"titled sections of subgroup",
+         SectionCatalogue::TitledSectionsSql,
+         {3},
+         {"3|2|1", "3|3|1"}},
+        {"titled sections of subgroup without them", SectionCatalogue::TitledSectionsSql, {2}, {}},
+    };
+}
+
+QStringList OwnRows(const QString& sql, const QVariantList& values) {
+    modDatabase::DbConnection& connection = *modDatabase::Connection;
+    SqlStatement statement(connection);
+    if (!statement.Exec(connection.Translate(sql), values)) {
+        QTest::qFail(qPrintable(statement.Failure().text), __FILE__, __LINE__);
+        return {};
+    }
+    QStringList rows;
+    while (statement.Next()) {
+        QStringList fields;
+        for (int i = 0; i < statement.ColumnCount(); ++i) {
+            const QVariant value = statement.Value(i);
+            fields << (value.isNull() ? QStringLiteral("NULL") : value.toString());
+        }
+        rows << fields.join(QLatin1Char('|'));
+    }
+    rows.sort();
+    return rows;
+}
+
 }  // namespace
 
 class TestSqlTexts : public QObject {
@@ -372,6 +414,31 @@ private Q_SLOTS:
             rows.sort();
         }
         QCOMPARE(rows, expected);
+    }
+
+    void ownStatementGivesTheSameRowsOnBothKinds_data() {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QVariantList>("values");
+        QTest::addColumn<QStringList>("expected");
+        for (const QString& kind : {TestDatabase::Sqlite, TestDatabase::Postgres}) {
+            for (const OwnCase& c : OwnCases()) {
+                QTest::addRow("%s: %s", qPrintable(kind), c.name)
+                    << kind << c.sql << c.values << c.rows;
+            }
+        }
+    }
+    void ownStatementGivesTheSameRowsOnBothKinds() {
+        QFETCH(QString, kind);
+        QFETCH(QString, sql);
+        QFETCH(QVariantList, values);
+        QFETCH(QStringList, expected);
+        if (m_loadedKind != kind) {
+            TestDatabase::OpenFresh(kind);
+            TestDatabase::LoadSmallCollection();
+            m_loadedKind = kind;
+        }
+        QCOMPARE(OwnRows(sql, values), expected);
     }
 
     // The statements that write: saving a recipe, replacing references, deleting.

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 #include <QTreeWidget>
 #include <functional>
 
@@ -45,6 +46,7 @@ inline QComboBox* Combo(QWidget* form, const char* name) { return Control<QCombo
 inline QTreeWidget* List(QWidget* form, const char* name) {
     return Control<QTreeWidget>(form, name);
 }
+inline QTreeView* Tree(QWidget* form, const char* name) { return Control<QTreeView>(form, name); }
 inline QPlainTextEdit* Memo(QWidget* form, const char* name) {
     return Control<QPlainTextEdit>(form, name);
 }
@@ -162,6 +164,14 @@ inline void DoubleClickEntry(QTreeWidget* list, QTreeWidgetItem* item) {
     QCoreApplication::processEvents();
 }
 
+inline void DoubleClickEntry(QTreeView* tree, const QModelIndex& index) {
+    tree->scrollTo(index);
+    const QPoint at = tree->visualRect(index).center();
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(tree->viewport(), Qt::LeftButton, {}, at);
+    QCoreApplication::processEvents();
+}
+
 inline int RowOf(const QTreeWidget* list, const QString& text) {
     for (int i = 0; i < list->topLevelItemCount(); ++i) {
         if (list->topLevelItem(i)->text(0) == text) {
@@ -246,13 +256,39 @@ inline QTreeWidgetItem* Node(QTreeWidget* tree, const QString& key) {
                                      : nullptr;
 }
 
+// The node of a tree view's model with the key, among the nodes the model holds now (a node's
+// children are read when the view first expands it); invalid when there is none.
+inline QModelIndex Node(const QTreeView* tree, const QString& key,
+                        const QModelIndex& parent = QModelIndex()) {
+    const QAbstractItemModel* model = tree->model();
+    for (int row = 0; row < model->rowCount(parent); ++row) {
+        const QModelIndex index = model->index(row, 0, parent);
+        if (index.data(modGeneral::KeyRole).toString() == key) {
+            return index;
+        }
+        if (const QModelIndex below = Node(tree, key, index); below.isValid()) {
+            return below;
+        }
+    }
+    return {};
+}
+
+// Expands every node of a tree view, each as the user would (its children are read then).
+inline void ExpandAll(QTreeView* tree, const QModelIndex& parent = QModelIndex()) {
+    for (int row = 0; row < tree->model()->rowCount(parent); ++row) {
+        const QModelIndex index = tree->model()->index(row, 0, parent);
+        tree->expand(index);
+        ExpandAll(tree, index);
+    }
+}
+
 // Answers the section picker with a double click on the section `key`.
 inline void PickSection(const QString& key) {
     WhenModal("frmSelectSection", [key](QWidget* picker) {
-        QTreeWidget* tree = List(picker, "tvSections");
-        tree->expandAll();
-        QTreeWidgetItem* node = Node(tree, key);
-        QVERIFY2(node, qPrintable(key));
+        QTreeView* tree = Tree(picker, "tvSections");
+        ExpandAll(tree);
+        const QModelIndex node = Node(tree, key);
+        QVERIFY2(node.isValid(), qPrintable(key));
         DoubleClickEntry(tree, node);
     });
 }
