@@ -18,6 +18,7 @@
 #include "core/modGeneral.h"
 #include "core/registry/modRegistry.h"
 #include "core/startup/Startup.h"
+#include "core/ui/WindowFit.h"
 
 namespace {
 
@@ -57,6 +58,7 @@ QLabel* NewLabel(const QString& name, QWidget* parent) {
 frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     BuildControls();
     Form_Load();
+    WindowFit::Keep(this);
 }
 
 QString frmAbout::ProgramIconFile() {

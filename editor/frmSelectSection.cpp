@@ -43,7 +43,7 @@ frmSelectSection::frmSelectSection(frmNew* editor, QWidget* parent)
     connect(cmdCancel, &QPushButton::clicked, this, &frmSelectSection::cmdCancel_Click);
     connect(tvSections, &QTreeWidget::itemDoubleClicked, this,
             &frmSelectSection::tvSections_DblClick);
-    resize(Pixels(4800), Pixels(6000));
+    Controls::SetFirstSize(this, 4800, 6000);
 }
 
 int frmSelectSection::exec() {
