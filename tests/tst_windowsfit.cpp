@@ -191,6 +191,12 @@ private Q_SLOTS:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         CheckInside(&window);
+        // its first size: twips scaled by the font as its columns are, within the screen's area
+        const QSize designed(Controls::TextPixels(9600, window.font()),
+                             Controls::TextPixels(11700, window.font()));
+        const QSize room =
+            window.screen()->availableGeometry().size().shrunkBy(WindowFit::FrameOf(&window));
+        QCOMPARE(window.size(), designed.boundedTo(room));
         const QList<QTreeView*> lists{
             ListOf(&window, "lstCriteria"), ListOf(&window, "lstAvailable"),
             ListOf(&window, "lstSelected"), ListOf(&window, "lstResults")};

@@ -20,11 +20,11 @@ namespace Controls {
 
 constexpr int Pixels(int twips) { return twips / 15; }
 
-// Lengths the program's windows are designed with in twips (a window's first size, the widths
-// of columns and controls) were chosen for texts in "MS Sans Serif" 8 pt; the fonts here are
-// wider. All of them become pixels (15 twips a pixel) scaled alike by how much wider the
-// control's font is than MS Sans Serif 8 pt, compared by the average width of the letters a-z and
-// A-Z (MsSansSerifLetterWidth); a narrower font keeps the plain 15 twips a pixel. So a window keeps
+// The lengths in twips that the program's windows are designed with, a window's first size and
+// the widths of its list columns, were chosen for texts in "MS Sans Serif" 8 pt; the fonts here
+// are wider. Both become pixels (15 twips a pixel) scaled alike by how much wider the control's
+// font is than MS Sans Serif 8 pt, compared by the average width of the letters a-z and A-Z
+// (MsSansSerifLetterWidth); a narrower font keeps the plain 15 twips a pixel. So a window keeps
 // the room its columns were given. Sizes the settings store keeps (the main window's) record a
 // window as it was on this screen: they convert at Pixels(), both ways.
 constexpr double MsSansSerifLetterWidth = 6.0;  // pixels at 96 dots per inch

@@ -80,7 +80,8 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (watched == m_window && event->type() == QEvent::Show) {
+        // (a window the window system shows again, as after minimising, stays where it was)
+        if (watched == m_window && event->type() == QEvent::Show && !event->spontaneous()) {
             Place(m_window, true);
         }
         return QObject::eventFilter(watched, event);
