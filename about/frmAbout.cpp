@@ -17,6 +17,7 @@
 #include "core/AppError.h"
 #include "core/modGeneral.h"
 #include "core/startup/Startup.h"
+#include "core/ui/WindowFit.h"
 
 namespace {
 
@@ -56,6 +57,7 @@ QLabel* NewLabel(const QString& name, QWidget* parent) {
 frmAbout::frmAbout(QWidget* parent) : QDialog(parent) {
     BuildControls();
     Form_Load();
+    WindowFit::Keep(this);
 }
 
 QString frmAbout::ProgramIconFile() {

@@ -1,5 +1,5 @@
 // about/: the about box.
-// May use: core/startup, core/registry, core.
+// May use: core/startup, core/registry, core/ui, core.
 #pragma once
 
 #include <QDialog>

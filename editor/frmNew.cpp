@@ -15,6 +15,7 @@
 
 #include "core/Amount.h"
 #include "core/AppError.h"
+#include "core/ui/ColumnFit.h"
 #include "core/ui/Controls.h"
 #include "core/ui/KeepSelection.h"
 
@@ -144,7 +145,7 @@ void frmNew::BuildControls() {
          {cmdSectionAdd, cmdSectionDelete, cmdSectionUp, cmdSectionDown, cmdSectionSelect}) {
         sections->addWidget(button);
     }
-    lstSections->setMinimumWidth(lstSections->columnWidth(0) + 8);
+    lstSections->setMinimumWidth(ColumnFit::Given(lstSections, 0) + 8);
     lstSections->setMaximumWidth(Controls::TextPixels(2000, lstSections->font()));
 
     auto* sectionGrid = new QGridLayout(frmSection);
@@ -163,12 +164,8 @@ void frmNew::BuildControls() {
     sectionGrid->setRowStretch(3, 1);
     sectionGrid->setColumnStretch(1, 1);
     // amounts of up to five digits show whole
-    lstSectionIngredient->setColumnWidth(
-        0, qMax(lstSectionIngredient->columnWidth(0),
-                Controls::FitPixels(lstSectionIngredient, QStringLiteral("99999"))));
-    lstSectionIngredient->setMinimumWidth(lstSectionIngredient->columnWidth(0) +
-                                          lstSectionIngredient->columnWidth(1) +
-                                          lstSectionIngredient->columnWidth(2) + 8);
+    ColumnFit::AtLeast(lstSectionIngredient, 0,
+                       Controls::FitPixels(lstSectionIngredient, QStringLiteral("99999")));
 
     auto* ingredientGrid = new QGridLayout(frmIngredient);
     ingredientGrid->addWidget(lblAmount, 0, 0);
@@ -187,7 +184,6 @@ void frmNew::BuildControls() {
     ingredientGrid->addLayout(ingredientButtons, 5, 0, 1, 3);
     ingredientGrid->setRowStretch(3, 1);
     ingredientGrid->setColumnStretch(1, 1);
-    lstIngredient->setMinimumWidth(lstIngredient->columnWidth(0) + 8);
 
     auto* body = new QHBoxLayout;
     body->addLayout(sections);
@@ -199,11 +195,12 @@ void frmNew::BuildControls() {
     formButtons->addWidget(cmdOK);
     formButtons->addWidget(cmdCancel);
 
-    auto* form = new QVBoxLayout(this);
+    // on a screen too small for all of it the window scrolls
+    auto* form = new QVBoxLayout(Controls::NewScrollingPage(this));
     form->addLayout(header);
     form->addLayout(body, 1);
     form->addLayout(formButtons);
-    resize(Pixels(14400), Pixels(8400));
+    Controls::SetFirstSize(this, 14400, 8400);
 }
 
 void frmNew::ConnectHandlers() {

@@ -51,7 +51,7 @@ frmSelectSection::frmSelectSection(frmNew* editor, QWidget* parent)
             m_model->fetchMore(index);
         }
     });
-    resize(Pixels(4800), Pixels(6000));
+    Controls::SetFirstSize(this, 4800, 6000);
 }
 
 int frmSelectSection::exec() {

@@ -57,7 +57,7 @@ frmAddRecord::frmAddRecord(QWidget* parent) : QDialog(parent) {
     buttons->addWidget(cmdOK);
     buttons->addWidget(cmdCancel);
     grid->addLayout(buttons, 2, 0, 1, 2);
-    resize(Pixels(5400), Pixels(3600));
+    Controls::SetFirstSize(this, 5400, 3600);
     setTabOrder(txtName, txtDescription);
     setTabOrder(txtDescription, cmdOK);
     setTabOrder(cmdOK, cmdCancel);

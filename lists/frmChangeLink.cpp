@@ -35,7 +35,7 @@ frmChangeLink::frmChangeLink(QWidget* parent) : QDialog(parent) {
     buttons->addWidget(cmdOK);
     buttons->addWidget(cmdCancel);
     layout->addLayout(buttons);
-    resize(Pixels(5400), Pixels(2400));
+    Controls::SetFirstSize(this, 5400, 2400);
     setTabOrder(cmbReplacement, cmdOK);
     setTabOrder(cmdOK, cmdCancel);
 

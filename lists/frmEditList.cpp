@@ -83,7 +83,7 @@ frmEditList::frmEditList(QWidget* parent) : QDialog(parent) {
     grid->addLayout(buttons, 1, 2);
     grid->setColumnStretch(1, 1);
     grid->setRowStretch(1, 1);
-    resize(Pixels(5700), Pixels(5400));
+    Controls::SetFirstSize(this, 5700, 5400);
     setTabOrder(txtFilter, lstRecords);
     setTabOrder(lstRecords, cmdAdd);
     setTabOrder(cmdAdd, cmdEdit);

@@ -14,6 +14,7 @@
 #include "core/modGeneral.h"
 #include "core/registry/modRegistry.h"
 #include "core/ui/UiServices.h"
+#include "core/ui/WindowFit.h"
 #include "main/frmMain.h"
 
 using modGeneral::TwipsPerPixel;
@@ -56,7 +57,8 @@ void frmMain::Form_Load() {
         EnableControls();
         tvRecipes->setFocus();
         resize(Pixels(width), Pixels(height));
-        layout()->activate();  // the inner size of the new window size, also before it shows
+        WindowFit::Keep(this);  // a size stored on a larger screen shrinks to this one
+        layout()->activate();   // the inner size of the new window size, also before it shows
         MoveSplitter(splitter);
         setWindowState(state == 2   ? Qt::WindowMaximized
                        : state == 1 ? Qt::WindowMinimized

@@ -19,6 +19,7 @@
 #include "core/AppError.h"
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/ColumnFit.h"
 #include "core/ui/Controls.h"
 #include "core/ui/KeepSelection.h"
 #include "search/ResultsModel.h"
@@ -112,8 +113,7 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     lstResults =
         NewReportView(frmResults, QStringLiteral("lstResults"), results, {3770, 500, 2000, 2000});
     // recipe numbers of up to six digits show whole
-    lstResults->setColumnWidth(1, qMax(lstResults->columnWidth(1),
-                                       Controls::FitPixels(lstResults, QStringLiteral("999999"))));
+    ColumnFit::AtLeast(lstResults, 1, Controls::FitPixels(lstResults, QStringLiteral("999999")));
     lstResults->setUniformRowHeights(true);
     lstResults->setAllColumnsShowFocus(true);
     KeepSelection::Apply(lstResults);
@@ -135,9 +135,6 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     conditionRow->addWidget(cmbCondition);
     conditionRow->addStretch(1);
     criteriaLayout->addLayout(conditionRow);
-    lstCriteria->setFixedHeight(lstCriteria->sizeHintForRow(0) > 0
-                                    ? lstCriteria->sizeHintForRow(0) * 6 + 8
-                                    : fontMetrics().height() * 6 + 32);
 
     auto* fieldLayout = new QGridLayout(frmField);
     fieldLayout->addWidget(lblField, 0, 0);
@@ -160,11 +157,12 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     auto* resultsLayout = new QVBoxLayout(frmResults);
     resultsLayout->addWidget(lstResults);
 
-    auto* layout = new QVBoxLayout(this);
+    // on a screen too small for all of it the window scrolls
+    auto* layout = new QVBoxLayout(Controls::NewScrollingPage(this));
     layout->addWidget(frmCriteria);
     layout->addWidget(frmField, 1);
     layout->addWidget(frmResults, 1);
-    resize(Controls::Pixels(9600), Controls::Pixels(11700));
+    Controls::SetFirstSize(this, 9600, 11700);
     setTabOrder(lstCriteria, cmbCondition);
     setTabOrder(cmbCondition, cmbField);
     setTabOrder(cmbField, txtFilter);
@@ -176,6 +174,15 @@ frmFind::frmFind(QWidget* parent) : QWidget(parent, Qt::Window) {
     setTabOrder(cmdFind, lstResults);
 
     Form_Load();
+    // All six criteria show; the lists of values and results show at least four rows (on a
+    // small screen the window scrolls instead).
+    const int row = lstCriteria->sizeHintForRow(0) > 0 ? lstCriteria->sizeHintForRow(0)
+                                                       : fontMetrics().height() + 4;
+    const int frame = 2 * lstCriteria->frameWidth();
+    lstCriteria->setFixedHeight(row * 6 + frame);
+    lstAvailable->setMinimumHeight(row * 4 + frame);
+    lstSelected->setMinimumHeight(row * 4 + frame);
+    lstResults->setMinimumHeight(lstResults->header()->sizeHint().height() + row * 4 + frame);
 
     connect(lstCriteria, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* current) {
         if (current) {

@@ -19,6 +19,7 @@
 #include "core/registry/modRegistry.h"
 #include "core/ui/Controls.h"
 #include "core/ui/UiServices.h"
+#include "core/ui/WindowFit.h"
 #include "settings/WindowsCollection.h"
 
 namespace {
@@ -67,6 +68,7 @@ frmSettings::frmSettings(QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("frmSettings"));
     setWindowTitle(QStringLiteral("Nastavitve"));
     CreateControls();
+    WindowFit::Keep(this);
 }
 
 frmSettings::~frmSettings() = default;

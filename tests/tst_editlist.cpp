@@ -22,6 +22,7 @@
 
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
+#include "core/ui/ColumnFit.h"
 #include "core/ui/Controls.h"
 #include "core/ui/UiServices.h"
 #include "lists/frmEditList.h"
@@ -198,7 +199,7 @@ private Q_SLOTS:
             QCOMPARE(Button(dialog, "cmdDelete")->text(), QStringLiteral("Izbriši"));
             QTreeWidget* list = List(dialog);
             QCOMPARE(list->columnCount(), 1);
-            QCOMPARE(list->columnWidth(0), Controls::TextPixels(3500, list->font()));
+            QCOMPARE(ColumnFit::Given(list, 0), Controls::TextPixels(3500, list->font()));
             QVERIFY(list->isHeaderHidden());
             QCOMPARE(Entries(dialog), entries);
             QCOMPARE(SelectedKey(dialog), QString());

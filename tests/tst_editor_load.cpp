@@ -20,6 +20,7 @@
 #include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 #include "core/registry/modRegistry.h"
+#include "core/ui/ColumnFit.h"
 #include "core/ui/Controls.h"
 #include "core/ui/UiServices.h"
 #include "display/modDisplay.h"
@@ -147,14 +148,15 @@ private Q_SLOTS:
             // The list views: report form, empty headers, the columns and their widths.
             QTreeWidget* lstSections = List(editor, "lstSections");
             QCOMPARE(lstSections->columnCount(), 1);
-            QCOMPARE(lstSections->columnWidth(0), Controls::TextPixels(1200, lstSections->font()));
+            QCOMPARE(ColumnFit::Given(lstSections, 0),
+                     Controls::TextPixels(1200, lstSections->font()));
             QVERIFY(lstSections->isHeaderHidden());
             QTreeWidget* lines = List(editor, "lstSectionIngredient");
             QCOMPARE(lines->columnCount(), 5);
             QVERIFY(lines->isHeaderHidden());
             const QList<int> widths{500, 1000, 2000};
             for (int c = 0; c < 3; ++c) {
-                QCOMPARE(lines->columnWidth(c),
+                QCOMPARE(ColumnFit::Given(lines, c),
                          c == 0 ? qMax(Controls::TextPixels(500, lines->font()),
                                        Controls::FitPixels(lines, QStringLiteral("99999")))
                                 : Controls::TextPixels(widths[c], lines->font()));
@@ -164,7 +166,7 @@ private Q_SLOTS:
             QVERIFY(lines->isColumnHidden(4));
             QTreeWidget* lstIngredient = List(editor, "lstIngredient");
             QCOMPARE(lstIngredient->columnCount(), 1);
-            QCOMPARE(lstIngredient->columnWidth(0),
+            QCOMPARE(ColumnFit::Given(lstIngredient, 0),
                      Controls::TextPixels(2550, lstIngredient->font()));
             QVERIFY(lstIngredient->isHeaderHidden());
             // No button is the default: Enter in a text box saves nothing.

@@ -72,7 +72,7 @@ private Q_SLOTS:
         QFont narrow = wide;
         narrow.setPixelSize(6);
         QCOMPARE(Controls::TextPixels(1300, narrow), qRound(1300 / 15.0));
-        // window sizes keep 15 twips a pixel
+        // sizes the settings store keeps convert at 15 twips a pixel
         QCOMPARE(Controls::Pixels(9600), 640);
     }
 

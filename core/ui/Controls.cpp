@@ -9,10 +9,15 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStyle>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 #include <QtMath>
 #include <algorithm>
+
+#include "core/ui/ColumnFit.h"
+#include "core/ui/WindowFit.h"
 
 namespace Controls {
 namespace {
@@ -135,10 +140,30 @@ QTreeView* NewReportView(QWidget* parent, const QString& name, QAbstractItemMode
 }
 
 void SetColumnWidths(QTreeView* list, const QList<int>& widthsTwips) {
+    QList<int> widths;
     for (int i = 0; i < widthsTwips.size(); ++i) {
-        list->setColumnWidth(i, TextPixels(widthsTwips[i], list->font()));
+        widths << TextPixels(widthsTwips[i], list->font());
+        list->setColumnWidth(i, widths.last());
         list->setColumnHidden(i, widthsTwips[i] == 0);
     }
+    ColumnFit::Apply(list, widths);
+}
+
+void SetFirstSize(QWidget* window, int widthTwips, int heightTwips) {
+    window->resize(TextPixels(widthTwips, window->font()), TextPixels(heightTwips, window->font()));
+    WindowFit::Keep(window);
+}
+
+QWidget* NewScrollingPage(QWidget* window) {
+    auto* area = Named(new QScrollArea(window), QStringLiteral("scrPage"));
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    auto* page = Named(new QWidget(area), QStringLiteral("picPage"));
+    area->setWidget(page);
+    auto* layout = new QVBoxLayout(window);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(area);
+    return page;
 }
 
 void OnGotFocus(QWidget* box, std::function<void()> gotFocus) {

@@ -19,6 +19,7 @@
 #include <cstdlib>
 
 #include "Version.h"
+#include "core/ui/WindowFit.h"
 
 namespace UiServices {
 namespace {
@@ -125,6 +126,7 @@ void RealReport(const QString& title, const QString& text, QWidget* parent) {
     layout->addWidget(buttons);
     const QFontMetrics metrics(view->font());
     dialog.resize(metrics.averageCharWidth() * 90, metrics.lineSpacing() * 24);
+    WindowFit::Keep(&dialog);
     dialog.exec();
 }
 
