@@ -77,37 +77,6 @@ void ResetPeak() {
 
 // ---- the floors --------------------------------------------------------------------------------
 
-// The catalogue through the floor, down to the subgroups or (`withRecipes`) the recipes;
-// `recipes` receives the recipe keys in tree order.
-long long FloorCatalogue(SqliteFloor& floor, bool withRecipes, std::vector<long long>* recipes) {
-    long long rows = 0;
-    std::vector<long long> groups;
-    rows += floor.Run("SELECT * FROM [Group] ORDER BY name;", [&](sqlite3_stmt* s) {
-        groups.push_back(SqliteFloor::Integer(s, 0));
-        static_cast<void>(SqliteFloor::Text(s, 1));
-    });
-    for (const long long group : groups) {
-        std::vector<long long> types;
-        rows += floor.Run(
-            "SELECT * FROM [Type] WHERE groupID = " + QByteArray::number(group) + " ORDER BY name;",
-            [&](sqlite3_stmt* s) {
-                types.push_back(SqliteFloor::Integer(s, 0));
-                static_cast<void>(SqliteFloor::Text(s, 2));
-            });
-        for (const long long type : withRecipes ? types : std::vector<long long>()) {
-            rows += floor.Run("SELECT * FROM [Recipe] WHERE typeID = " + QByteArray::number(type) +
-                                  " ORDER BY title;",
-                              [&](sqlite3_stmt* s) {
-                                  if (recipes) {
-                                      recipes->push_back(SqliteFloor::Integer(s, 0));
-                                  }
-                                  static_cast<void>(SqliteFloor::Text(s, 3));
-                              });
-        }
-    }
-    return rows;
-}
-
 // What the picker reads as a group is first expanded: its subgroups' recipes (the subgroups
 // themselves are read again here, for their keys).
 long long FloorGroup(SqliteFloor& floor, qint32 groupID) {
@@ -338,16 +307,9 @@ int Measure(const Options& options, const Workspace& work) {
               .arg(QThread::idealThreadCount())
               .arg(QString::fromUtf8(sqlite3_libversion()), QString::fromUtf8(qVersion()),
                    QApplication::platformName(), LoadAverage()));
-    int status = 0;
-    for (const int recipes : options.sizes) {
-        const QString file = work.Database(recipes);
-        if (file.isEmpty() || !OpenShared(modDatabase::FileDatabase, QString(), file)) {
-            status = 1;
-            continue;
-        }
-        MeasurePicker(file, recipes, options);
-        modDatabase::CloseConnection();
-    }
+    const int status = ForEachSqliteSize(
+        work, options.sizes,
+        [&](const QString& file, int recipes) { MeasurePicker(file, recipes, options); });
     PrintDone();
     return status;
 }

@@ -37,35 +37,6 @@ struct Options {
     int runs = 5;
 };
 
-// The catalogue as the tree reads it, through the floor: groups, per group its subgroups, per
-// subgroup its recipes. Returns the rows read.
-long long FloorCatalogue(SqliteFloor& floor) {
-    long long rows = 0;
-    std::vector<long long> groups;
-    rows += floor.Run("SELECT * FROM [Group] ORDER BY name;", [&](sqlite3_stmt* s) {
-        groups.push_back(SqliteFloor::Integer(s, 0));
-        static_cast<void>(SqliteFloor::Text(s, 1));
-    });
-    for (const long long group : groups) {
-        std::vector<long long> types;
-        rows += floor.Run(
-            "SELECT * FROM [Type] WHERE groupID = " + QByteArray::number(group) + " ORDER BY name;",
-            [&](sqlite3_stmt* s) {
-                types.push_back(SqliteFloor::Integer(s, 0));
-                static_cast<void>(SqliteFloor::Text(s, 2));
-            });
-        for (const long long type : types) {
-            rows += floor.Run("SELECT * FROM [Recipe] WHERE typeID = " + QByteArray::number(type) +
-                                  " ORDER BY title;",
-                              [&](sqlite3_stmt* s) {
-                                  static_cast<void>(SqliteFloor::Integer(s, 0));
-                                  static_cast<void>(SqliteFloor::Text(s, 3));
-                              });
-        }
-    }
-    return rows;
-}
-
 QString PeakMemory() {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly)) {
@@ -100,15 +71,16 @@ void MeasureEditorClose(frmMain& window, int recipes, const Options& options) {
     }
     const double limit = recipes >= 1000000 ? 1500.0 : 150.0;
     const QString target = QStringLiteral("<= %1 ms").arg(limit);
-    Print(Where(QStringLiteral("sqlite"), recipes) +
-          QStringLiteral("  editor closed, tree refreshed and %1 shown again: after Prekliči median "
-                         "%2 ms %3, after a save %4 ms %5 (%6 runs)")
-              .arg(key)
-              .arg(Fixed(Median(cancelled)))
-              .arg(Verdict(target, Median(cancelled) <= limit))
-              .arg(Fixed(Median(saved)))
-              .arg(Verdict(target, Median(saved) <= limit))
-              .arg(cancelled.size()));
+    Print(
+        Where(QStringLiteral("sqlite"), recipes) +
+        QStringLiteral("  editor closed, tree refreshed and %1 shown again: after Prekliči median "
+                       "%2 ms %3, after a save %4 ms %5 (%6 runs)")
+            .arg(key)
+            .arg(Fixed(Median(cancelled)))
+            .arg(Verdict(target, Median(cancelled) <= limit))
+            .arg(Fixed(Median(saved)))
+            .arg(Verdict(target, Median(saved) <= limit))
+            .arg(cancelled.size()));
 }
 
 void MeasureTree(const QString& file, int recipes, const Options& options) {
@@ -130,7 +102,7 @@ void MeasureTree(const QString& file, int recipes, const Options& options) {
         window.tvRecipes_NodeClick();  // the same page once more: what the build spent on it
         const double page = Milliseconds(Clock::now() - start);
         start = Clock::now();
-        floorRows = FloorCatalogue(floor);
+        floorRows = FloorCatalogue(floor, true);
         const double floorMs = Milliseconds(Clock::now() - start);
         if (run > 0) {  // the first round warms the caches
             totals.push_back(total);
@@ -164,16 +136,9 @@ int Measure(const Options& options, const Workspace& work) {
     Print(QStringLiteral("bench_tree: %1 cores, SQLite %2, %3")
               .arg(QThread::idealThreadCount())
               .arg(QString::fromUtf8(sqlite3_libversion()), LoadAverage()));
-    int status = 0;
-    for (const int recipes : options.sizes) {
-        const QString file = work.Database(recipes);
-        if (file.isEmpty() || !OpenShared(modDatabase::FileDatabase, QString(), file)) {
-            status = 1;
-            continue;
-        }
-        MeasureTree(file, recipes, options);
-        modDatabase::CloseConnection();
-    }
+    const int status = ForEachSqliteSize(
+        work, options.sizes,
+        [&](const QString& file, int recipes) { MeasureTree(file, recipes, options); });
     PrintDone();
     return status;
 }

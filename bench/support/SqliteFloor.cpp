@@ -67,4 +67,33 @@ long long SqliteFloor::Integer(sqlite3_stmt* statement, int column) {
     return sqlite3_column_int64(statement, column);
 }
 
+long long FloorCatalogue(SqliteFloor& floor, bool withRecipes, std::vector<long long>* recipes) {
+    long long rows = 0;
+    std::vector<long long> groups;
+    rows += floor.Run("SELECT * FROM [Group] ORDER BY name;", [&](sqlite3_stmt* s) {
+        groups.push_back(SqliteFloor::Integer(s, 0));
+        static_cast<void>(SqliteFloor::Text(s, 1));
+    });
+    for (const long long group : groups) {
+        std::vector<long long> types;
+        rows += floor.Run(
+            "SELECT * FROM [Type] WHERE groupID = " + QByteArray::number(group) + " ORDER BY name;",
+            [&](sqlite3_stmt* s) {
+                types.push_back(SqliteFloor::Integer(s, 0));
+                static_cast<void>(SqliteFloor::Text(s, 2));
+            });
+        for (const long long type : withRecipes ? types : std::vector<long long>()) {
+            rows += floor.Run("SELECT * FROM [Recipe] WHERE typeID = " + QByteArray::number(type) +
+                                  " ORDER BY title;",
+                              [&](sqlite3_stmt* s) {
+                                  if (recipes) {
+                                      recipes->push_back(SqliteFloor::Integer(s, 0));
+                                  }
+                                  static_cast<void>(SqliteFloor::Text(s, 3));
+                              });
+        }
+    }
+    return rows;
+}
+
 }  // namespace Bench

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <functional>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -35,5 +36,12 @@ private:
     sqlite3* m_db = nullptr;
     QString m_error;
 };
+
+// The catalogue as the recipe tree and the section picker read it, through the floor: the
+// groups, each group's subgroups and, with `withRecipes`, each subgroup's recipes, every row
+// read into a key and a QString; `recipes` (when given) receives the recipe keys in tree order.
+// Returns the rows read.
+long long FloorCatalogue(SqliteFloor& floor, bool withRecipes,
+                         std::vector<long long>* recipes = nullptr);
 
 }  // namespace Bench

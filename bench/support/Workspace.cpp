@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "bench/support/BenchSupport.h"
+#include "core/database/modDatabase.h"
 #include "core/modGeneral.h"
 
 namespace Bench {
@@ -50,6 +51,21 @@ int Run(const QString& program, const std::vector<Option>& options, const QStrin
     }
     const Workspace work(cacheDir, pattern);
     return work.Ready() ? measure(work) : 1;
+}
+
+int ForEachSqliteSize(const Workspace& work, const std::vector<int>& sizes,
+                      const std::function<void(const QString& file, int recipes)>& measure) {
+    int status = 0;
+    for (const int recipes : sizes) {
+        const QString file = work.Database(recipes);
+        if (file.isEmpty() || !OpenShared(modDatabase::FileDatabase, QString(), file)) {
+            status = 1;
+            continue;
+        }
+        measure(file, recipes);
+        modDatabase::CloseConnection();
+    }
+    return status;
 }
 
 }  // namespace Bench

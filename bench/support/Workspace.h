@@ -48,6 +48,11 @@ private:
 int Run(const QString& program, const std::vector<Option>& options, const QString& cacheDir,
         const std::function<int(const Workspace&)>& measure, const QString& pattern = QString());
 
+// Runs `measure` with each size's generated SQLite file open as the shared connection, closing
+// it afterwards; returns 1 when a file could not be made or opened, else 0.
+int ForEachSqliteSize(const Workspace& work, const std::vector<int>& sizes,
+                      const std::function<void(const QString& file, int recipes)>& measure);
+
 // The whole of a program's main: makes the application (one that shows windows draws them
 // offscreen unless the environment names a platform), reads the program's Options (their List()
 // binds each option to a member, cacheDir names the cache folder) and runs `measure` as Run
