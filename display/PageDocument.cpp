@@ -11,6 +11,7 @@
 
 #include "core/Windows1250.h"
 #include "display/PageBuilder.h"
+#include "display/PageRows.h"
 #include "display/PageStyle.h"
 #include "display/PageTables.h"
 
@@ -79,6 +80,7 @@ void Build(QTextDocument& document, const QString& html) {
 
 void FitWidth(QTextDocument& document, qreal textWidth) {
     const qreal room = textWidth - 2 * document.documentMargin();
+    detail::WrapLongRows(document, room);
     QTextCursor run(&document);
     bool inRun = false;
     qreal runMargins = 0;

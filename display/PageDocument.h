@@ -18,7 +18,8 @@ namespace PageDocument {
 void Build(QTextDocument& document, const QString& html);
 
 // Places the right-hand cells of the page's recipe lists at the right edge of a text width
-// (the width of the view, or of the printed page); called whenever that width changes.
+// (the width of the view, or of the printed page), and wraps a long left-hand cell inside its
+// column (PageRows.h); called whenever that width changes.
 void FitWidth(QTextDocument& document, qreal textWidth);
 
 // The page of display file bytes (windows-1250).

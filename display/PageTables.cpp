@@ -209,6 +209,7 @@ void Builder::RowList(const GumboNode* node, const Style& style, const Box& box,
     const qreal padding = paddingText.isEmpty() ? 1 : paddingText.toDouble();
     QTextBlockFormat row;
     row.setProperty(RowProperty, true);
+    row.setProperty(RowPaddingProperty, padding);
     row.setLeftMargin(m_blockFormats.last().leftMargin() + spacing + padding);
     row.setRightMargin(spacing + padding);
     row.setTopMargin(spacing + padding);

@@ -10,8 +10,14 @@
 
 namespace PageDocument::detail {
 
-// Marks the blocks that are the rows of a recipe list (see IsRowList in PageTables.cpp).
+// Marks the blocks that are the rows of a recipe list (see IsRowList in PageTables.cpp), and
+// the one-row tables that such a row becomes when its first cell wraps (PageRows.cpp).
 constexpr int RowProperty = QTextFormat::UserProperty + 1;
+// A row's cell padding, kept with it.
+constexpr int RowPaddingProperty = QTextFormat::UserProperty + 2;
+// A row table's second column's text width, and the bottom margin of the row it was.
+constexpr int RowSecondWidthProperty = QTextFormat::UserProperty + 3;
+constexpr int RowBottomProperty = QTextFormat::UserProperty + 4;
 
 // A cell of a table: its place in the table's grid and the style it passes on to its content.
 struct Cell {

@@ -51,7 +51,10 @@ void Show(QTextBrowser* view, const QString& fileName) {
     if (page.open(QIODevice::ReadOnly)) {
         PageDocument::BuildFromBytes(*document, page.readAll());
     }
-    PageDocument::FitWidth(*document, view->viewport()->width());
+    // A view not shown yet has no width of its own: the page is fitted when it gets one.
+    if (view->isVisible()) {
+        PageDocument::FitWidth(*document, view->viewport()->width());
+    }
     // The view deletes the document it made itself; those made here go when replaced.
     QTextDocument* previous = view->document();
     const bool madeHere = previous->parent() == view;

@@ -1,0 +1,271 @@
+#include "display/PageRows.h"
+
+#include <QFontMetricsF>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextFrame>
+#include <QTextTable>
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "display/PageTables.h"
+
+namespace PageDocument::detail {
+namespace {
+
+// The width of a row's cells' text, kept in the block's user state in quarter pixels (-1 before
+// it is measured): measured once, compared at every width.
+constexpr qreal StateUnit = 4;
+
+struct Row {
+    QTextBlock block;
+    QString first;
+    QString second;
+    QTextCharFormat format;
+};
+
+// The row's two cells, when the block holds them as plain text in one format.
+bool ReadRow(const QTextBlock& block, Row& row) {
+    const QString text = block.text();
+    const qsizetype tab = text.indexOf(QLatin1Char('\t'));
+    if (tab < 0 || text.indexOf(QLatin1Char('\t'), tab + 1) >= 0) {
+        return false;
+    }
+    QTextBlock::iterator fragment = block.begin();
+    if (fragment.atEnd()) {
+        return false;
+    }
+    row.format = fragment.fragment().charFormat();
+    for (++fragment; !fragment.atEnd(); ++fragment) {
+        if (fragment.fragment().charFormat() != row.format) {
+            return false;
+        }
+    }
+    row.block = block;
+    row.first = text.left(tab);
+    row.second = text.mid(tab + 1);
+    return true;
+}
+
+qreal TextWidth(const QTextDocument& document, const QTextCharFormat& format, const QString& text) {
+    return QFontMetricsF(format.font().resolve(document.defaultFont())).horizontalAdvance(text);
+}
+
+// The first cell's width, measured once per block.
+qreal FirstWidth(const QTextDocument& document, const Row& row) {
+    QTextBlock block = row.block;
+    if (block.userState() < 0) {
+        block.setUserState(int(std::ceil(TextWidth(document, row.format, row.first) * StateUnit)));
+    }
+    return block.userState() / StateUnit;
+}
+
+// The room of a row's first cell as a browser gives it: the row's width (less its margins,
+// which hold the cell spacing and padding at either end) less the spacing and padding between
+// the cells and the second column's width.
+qreal FirstRoom(qreal room, qreal left, qreal right, qreal padding, qreal second) {
+    const qreal spacing = right - padding;
+    return room - left - right - spacing - 2 * padding - second;
+}
+
+bool InRootFrame(const QTextDocument& document, const QTextBlock& block) {
+    return !block.isValid() || QTextCursor(block).currentFrame() == document.rootFrame();
+}
+
+// Sets a row table's width and its columns' from the width of the text.
+void FitTable(QTextTable* table, qreal room) {
+    QTextTableFormat format = table->format();
+    const qreal padding = format.cellPadding();
+    const qreal width =
+        std::max<qreal>(room - format.leftMargin() - format.rightMargin(), 4 * padding + 1);
+    // The widest number with the cell's padding, and a pixel for the layout's rounding.
+    const qreal second =
+        std::ceil(format.property(RowSecondWidthProperty).toReal()) + 2 * padding + 1;
+    format.setWidth(QTextLength(QTextLength::FixedLength, width));
+    format.setColumnWidthConstraints({QTextLength(QTextLength::FixedLength, width - second),
+                                      QTextLength(QTextLength::FixedLength, second)});
+    table->setFormat(format);
+}
+
+// Makes a row a table of one row: the row's margins around it, its padding in the cells, the
+// second cell as wide as the list's widest (`secondWidth`) and its text in the middle.
+void MakeTable(QTextDocument& document, const Row& row, qreal secondWidth, qreal room) {
+    const QTextBlockFormat rowFormat = row.block.blockFormat();
+    const qreal padding = rowFormat.doubleProperty(RowPaddingProperty);
+    const QTextBlock after = row.block.next();
+    QTextCursor cursor(row.block);
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    QTextTableFormat format;
+    format.setProperty(RowProperty, true);
+    format.setProperty(RowSecondWidthProperty, secondWidth);
+    format.setProperty(RowBottomProperty, rowFormat.bottomMargin());
+    format.setBorder(0);
+    format.setBorderStyle(QTextFrameFormat::BorderStyle_None);
+    format.setCellSpacing(0);
+    format.setCellPadding(padding);
+    format.setLeftMargin(rowFormat.leftMargin() - padding);
+    format.setRightMargin(rowFormat.rightMargin() - padding);
+    format.setTopMargin(rowFormat.topMargin() - padding);
+    // The block after a table is laid out without its top margin: the table's bottom margin
+    // gives the space that the two margins gave together.
+    const bool afterInRoot = after.isValid() && InRootFrame(document, after);
+    format.setBottomMargin(
+        std::max(rowFormat.bottomMargin(), afterInRoot ? after.blockFormat().topMargin() : 0) -
+        padding);
+    QTextTable* table = cursor.insertTable(1, 2, format);
+    FitTable(table, room);
+    table->cellAt(0, 0).firstCursorPosition().insertText(row.first, row.format);
+    QTextTableCell second = table->cellAt(0, 1);
+    QTextCharFormat middle = second.format();
+    middle.setVerticalAlignment(QTextCharFormat::AlignMiddle);
+    second.setFormat(middle);
+    QTextCursor secondText = second.firstCursorPosition();
+    QTextBlockFormat right;
+    right.setAlignment(Qt::AlignRight);
+    secondText.setBlockFormat(right);
+    secondText.insertText(row.second, row.format);
+
+    // The row's emptied block before the table and the new one after it go: the block before
+    // joins the one above, the block after takes in the one below with that one's format.
+    QTextCursor before(row.block);
+    before.deletePreviousChar();
+    QTextCursor next(table->lastCursorPosition());
+    next.movePosition(QTextCursor::NextBlock);
+    if (after.isValid() && next.block().next() == after && InRootFrame(document, after)) {
+        next.setBlockFormat(after.blockFormat());
+        next.setBlockCharFormat(after.charFormat());
+        next.deleteChar();
+        return;
+    }
+    // Between two tables, or at the end, the block stays without height.
+    QTextBlockFormat none;
+    none.setLineHeight(0, QTextBlockFormat::FixedHeight);
+    next.setBlockFormat(none);
+    QTextCharFormat tiny;
+    tiny.setProperty(QTextFormat::FontPixelSize, 1);
+    next.setBlockCharFormat(tiny);
+}
+
+// The text of a table cell and its format.
+QString CellText(const QTextTableCell& cell, QTextCharFormat* format = nullptr) {
+    QTextCursor cursor = cell.firstCursorPosition();
+    cursor.setPosition(cell.lastCursorPosition().position(), QTextCursor::KeepAnchor);
+    if (format) {
+        QTextCursor first = cell.firstCursorPosition();
+        first.movePosition(QTextCursor::NextCharacter);
+        *format = first.charFormat();
+    }
+    return cursor.selectedText();
+}
+
+// Makes a row table a row of text again, in its place.
+void MakeRow(QTextDocument& document, QTextTable* table) {
+    const QTextTableFormat format = table->format();
+    const qreal padding = format.cellPadding();
+    QTextBlockFormat row;
+    row.setProperty(RowProperty, true);
+    row.setProperty(RowPaddingProperty, padding);
+    row.setLeftMargin(format.leftMargin() + padding);
+    row.setRightMargin(format.rightMargin() + padding);
+    row.setTopMargin(format.topMargin() + padding);
+    row.setBottomMargin(format.doubleProperty(RowBottomProperty));
+    QTextCharFormat charFormat;
+    const QString text = CellText(table->cellAt(0, 0), &charFormat) + QLatin1Char('\t') +
+                         CellText(table->cellAt(0, 1));
+    // The table goes, which joins the blocks before and after it; the row comes in between.
+    const QTextBlock after = document.findBlock(table->lastPosition() + 1);
+    const QTextBlockFormat afterFormat = after.blockFormat();
+    const QTextCharFormat afterCharFormat = after.charFormat();
+    const int place = table->firstPosition() - 1;
+    QTextCursor cursor(&document);
+    cursor.setPosition(place);
+    cursor.setPosition(table->lastPosition() + 1, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    cursor.setPosition(place);
+    cursor.insertBlock(row, charFormat);
+    cursor.insertText(text, charFormat);
+    cursor.insertBlock(afterFormat, afterCharFormat);
+}
+
+}  // namespace
+
+void WrapLongRows(QTextDocument& document, qreal room) {
+    // Tables whose first cell fits again become rows of text again.
+    for (QTextFrame* frame : document.rootFrame()->childFrames()) {
+        auto* table = qobject_cast<QTextTable*>(frame);
+        if (!table || !table->format().boolProperty(RowProperty)) {
+            continue;
+        }
+        const QTextTableFormat format = table->format();
+        QTextCharFormat charFormat;
+        const QString first = CellText(table->cellAt(0, 0), &charFormat);
+        const qreal padding = format.cellPadding();
+        if (TextWidth(document, charFormat, first) <=
+            FirstRoom(room, format.leftMargin() + padding, format.rightMargin() + padding, padding,
+                      format.property(RowSecondWidthProperty).toReal())) {
+            MakeRow(document, table);
+        }
+    }
+    // The runs of rows with the same margins are the lists; a list's second column is as wide
+    // as its widest second cell.
+    std::vector<Row> wrapped;
+    std::vector<qreal> secondWidths;
+    std::vector<Row> run;
+    qreal runMargins = -1;
+    const auto endRun = [&] {
+        // The longest second cells are measured (a list's numbers: their digits are alike).
+        qsizetype longest = 0;
+        for (const Row& row : run) {
+            longest = std::max(longest, row.second.size());
+        }
+        qreal second = 0;
+        for (const Row& row : run) {
+            if (row.second.size() == longest) {
+                second = std::max(second, TextWidth(document, row.format, row.second));
+            }
+        }
+        for (const Row& row : run) {
+            const QTextBlockFormat format = row.block.blockFormat();
+            if (FirstWidth(document, row) >
+                FirstRoom(room, format.leftMargin(), format.rightMargin(),
+                          format.doubleProperty(RowPaddingProperty), second)) {
+                wrapped.push_back(row);
+                secondWidths.push_back(second);
+            }
+        }
+        run.clear();
+        runMargins = -1;
+    };
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        const QTextBlockFormat format = block.blockFormat();
+        Row row;
+        const bool isRow = format.boolProperty(RowProperty) && ReadRow(block, row) &&
+                           InRootFrame(document, block) &&
+                           InRootFrame(document, block.previous()) &&
+                           InRootFrame(document, block.next());
+        const qreal margins = format.leftMargin() + format.rightMargin();
+        if (!run.empty() && (!isRow || margins != runMargins)) {
+            endRun();
+        }
+        if (isRow) {
+            run.push_back(row);
+            runMargins = margins;
+        }
+    }
+    endRun();
+    // From the last to the first, so that the rows not yet made tables stay where they were.
+    for (std::size_t i = wrapped.size(); i-- > 0;) {
+        MakeTable(document, wrapped[i], secondWidths[i], room);
+    }
+    for (QTextFrame* frame : document.rootFrame()->childFrames()) {
+        auto* table = qobject_cast<QTextTable*>(frame);
+        if (table && table->format().boolProperty(RowProperty)) {
+            FitTable(table, room);
+        }
+    }
+}
+
+}  // namespace PageDocument::detail
