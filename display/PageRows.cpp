@@ -21,6 +21,7 @@ constexpr qreal StateUnit = 4;
 
 struct Row {
     QTextBlock block;
+    int place = 0;  // the block's position
     QString first;
     QString second;
     QTextCharFormat format;
@@ -44,6 +45,7 @@ bool ReadRow(const QTextBlock& block, Row& row) {
         }
     }
     row.block = block;
+    row.place = block.position();
     row.first = text.left(tab);
     row.second = text.mid(tab + 1);
     return true;
@@ -91,7 +93,9 @@ void FitTable(QTextTable* table, qreal room) {
 
 // Makes a row a table of one row: the row's margins around it, its padding in the cells, the
 // second cell as wide as the list's widest (`secondWidth`) and its text in the middle.
-void MakeTable(QTextDocument& document, const Row& row, qreal secondWidth, qreal room) {
+void MakeTable(QTextDocument& document, Row row, qreal secondWidth, qreal room) {
+    // The row's block is found again at its place: tables made after it changed the blocks.
+    row.block = document.findBlock(row.place);
     const QTextBlockFormat rowFormat = row.block.blockFormat();
     const qreal padding = rowFormat.doubleProperty(RowPaddingProperty);
     const QTextBlock after = row.block.next();
@@ -142,6 +146,7 @@ void MakeTable(QTextDocument& document, const Row& row, qreal secondWidth, qreal
     }
     // Between two tables, or at the end, the block stays without height.
     QTextBlockFormat none;
+    none.setProperty(RowSpacerProperty, true);
     none.setLineHeight(0, QTextBlockFormat::FixedHeight);
     next.setBlockFormat(none);
     QTextCharFormat tiny;
@@ -182,17 +187,30 @@ void MakeRow(QTextDocument& document, QTextTable* table) {
     const int place = table->firstPosition() - 1;
     QTextCursor cursor(&document);
     cursor.setPosition(place);
+    const bool spacerBefore = cursor.blockFormat().boolProperty(RowSpacerProperty);
     cursor.setPosition(table->lastPosition() + 1, QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
     cursor.setPosition(place);
-    cursor.insertBlock(row, charFormat);
+    // A spacer left between two tables before it becomes the row; one after it is not needed
+    // any more.
+    if (spacerBefore) {
+        cursor.setBlockFormat(row);
+        cursor.setBlockCharFormat(charFormat);
+    } else {
+        cursor.insertBlock(row, charFormat);
+    }
     cursor.insertText(text, charFormat);
-    cursor.insertBlock(afterFormat, afterCharFormat);
+    if (!afterFormat.boolProperty(RowSpacerProperty)) {
+        cursor.insertBlock(afterFormat, afterCharFormat);
+    }
 }
 
 }  // namespace
 
 void WrapLongRows(QTextDocument& document, qreal room) {
+    if (room <= 0) {
+        return;  // a view without a width yet
+    }
     // Tables whose first cell fits again become rows of text again.
     for (QTextFrame* frame : document.rootFrame()->childFrames()) {
         auto* table = qobject_cast<QTextTable*>(frame);

@@ -18,6 +18,8 @@ constexpr int RowPaddingProperty = QTextFormat::UserProperty + 2;
 // A row table's second column's text width, and the bottom margin of the row it was.
 constexpr int RowSecondWidthProperty = QTextFormat::UserProperty + 3;
 constexpr int RowBottomProperty = QTextFormat::UserProperty + 4;
+// The block without height that stands between two row tables, or after the last of a page.
+constexpr int RowSpacerProperty = QTextFormat::UserProperty + 5;
 
 // A cell of a table: its place in the table's grid and the style it passes on to its content.
 struct Cell {

@@ -126,6 +126,33 @@ private Q_SLOTS:
         QCOMPARE(document->rootFrame()->childFrames().size(), 1);
     }
 
+    // A long list laid out in a sliver of width, then at its width, is the list laid out once.
+    void manyRowsInASliver() {
+        QString rows;
+        for (int i = 1; i <= 40; ++i) {
+            rows += U("<tr><td>Recept %1</td><td align=\"right\">%2</td></tr>").arg(i).arg(i * 37);
+        }
+        const QString page = Head + U("<h1>S</h1><table width=\"100%\" border=\"0\">") + rows +
+                             U("</table><h2>Konec</h2></body></html>");
+        const auto build = [&](qreal width) {
+            auto document = std::make_unique<QTextDocument>();
+            PageDocument::BuildFromBytes(*document, Windows1250::Encode(page));
+            document->setTextWidth(width);
+            PageDocument::FitWidth(*document, width);
+            static_cast<void>(document->size());
+            return document;
+        };
+        const auto once = build(600);
+        const auto twice = build(20);
+        QCOMPARE(twice->rootFrame()->childFrames().size(), 40);
+        twice->setTextWidth(600);
+        PageDocument::FitWidth(*twice, 600);
+        static_cast<void>(twice->size());
+        QVERIFY(twice->rootFrame()->childFrames().isEmpty());
+        QCOMPARE(twice->toPlainText(), once->toPlainText());
+        QCOMPARE(twice->size(), once->size());
+    }
+
     // A title that fits stays a row of text; a row made a table becomes a row again when the
     // page is widened.
     void rowsFollowTheWidth() {
