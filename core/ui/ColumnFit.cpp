@@ -20,10 +20,14 @@ const char* const FitterProperty = "morvenaColumnFit";
 class Fitter : public QObject {
 public:
     Fitter(QTreeView* list, QList<int> widths)
-        : QObject(list), m_list(list), m_given(std::move(widths)) {
+        : QObject(list),
+          m_list(list),
+          m_viewport(list->viewport()),
+          m_headerViewport(list->header()->viewport()),
+          m_given(std::move(widths)) {
         list->setProperty(FitterProperty, QVariant::fromValue(static_cast<QObject*>(this)));
-        list->viewport()->installEventFilter(this);
-        list->header()->viewport()->installEventFilter(this);
+        m_viewport->installEventFilter(this);
+        m_headerViewport->installEventFilter(this);
         if (QAbstractItemModel* model = list->model()) {
             connect(model, &QAbstractItemModel::modelReset, this, &Fitter::Changed);
             connect(model, &QAbstractItemModel::layoutChanged, this, &Fitter::Changed);
@@ -86,14 +90,17 @@ public:
     }
 
 protected:
+    // The watched widgets are compared by pointer only: their events also come while the list
+    // is being destroyed, when it may no longer be used.
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (watched == m_list->header()->viewport()) {
+        if (watched == m_headerViewport) {
             if (event->type() == QEvent::MouseButtonPress) {
                 m_headerPressed = true;
             } else if (event->type() == QEvent::MouseButtonRelease) {
                 m_headerPressed = false;
             }
-        } else if (event->type() == QEvent::Resize || event->type() == QEvent::Show) {
+        } else if (watched == m_viewport &&
+                   (event->type() == QEvent::Resize || event->type() == QEvent::Show)) {
             Refit();
         }
         return QObject::eventFilter(watched, event);
@@ -114,6 +121,8 @@ private:
     }
 
     QPointer<QTreeView> m_list;
+    QObject* m_viewport;
+    QObject* m_headerViewport;
     QList<int> m_given;
     QList<int> m_needed;
     bool m_measured = false;
