@@ -1,13 +1,17 @@
 #include "display/PageRows.h"
 
 #include <QFontMetricsF>
+#include <QHash>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextFrame>
 #include <QTextTable>
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <memory>
+#include <optional>
 #include <vector>
 
 #include "display/PageTables.h"
@@ -21,10 +25,13 @@ constexpr qreal StateUnit = 4;
 
 struct Row {
     QTextBlock block;
-    int place = 0;  // the block's position
-    QString first;
-    QString second;
+    int place = 0;  // the block's position, taken for the rows made tables
+    QString text;
+    qsizetype tab = 0;
     QTextCharFormat format;
+    int formatIndex = -1;  // the document's number of that format
+    QStringView First() const { return QStringView(text).left(tab); }
+    QStringView Second() const { return QStringView(text).mid(tab + 1); }
 };
 
 // The row's two cells, when the block holds them as plain text in one format.
@@ -38,16 +45,16 @@ bool ReadRow(const QTextBlock& block, Row& row) {
     if (fragment.atEnd()) {
         return false;
     }
-    row.format = fragment.fragment().charFormat();
+    row.formatIndex = fragment.fragment().charFormatIndex();
     for (++fragment; !fragment.atEnd(); ++fragment) {
-        if (fragment.fragment().charFormat() != row.format) {
+        if (fragment.fragment().charFormatIndex() != row.formatIndex) {
             return false;
         }
     }
+    row.format = block.begin().fragment().charFormat();
     row.block = block;
-    row.place = block.position();
-    row.first = text.left(tab);
-    row.second = text.mid(tab + 1);
+    row.text = text;
+    row.tab = tab;
     return true;
 }
 
@@ -56,10 +63,51 @@ qreal TextWidth(const QTextDocument& document, const QTextCharFormat& format, co
 }
 
 // The first cell's width, measured once per block.
+// The widths of single letters in one font, summed over a text: a bound above the text's width
+// (pairs of letters set together only come closer) that costs no shaping. A row whose first
+// cell is clearly within its room by this sum is not measured.
+class LetterWidths {
+public:
+    LetterWidths(const QTextDocument& document, const QTextCharFormat& format)
+        : m_metrics(format.font().resolve(document.defaultFont())) {}
+
+    qreal Sum(QStringView text) {
+        qreal sum = 0;
+        for (const QChar letter : text) {
+            const char16_t code = letter.unicode();
+            if (code < m_common.size()) {
+                if (m_common[code] < 0) {
+                    m_common[code] = m_metrics.horizontalAdvance(letter);
+                }
+                sum += m_common[code];
+                continue;
+            }
+            auto known = m_widths.constFind(code);
+            if (known == m_widths.cend()) {
+                known = m_widths.insert(code, m_metrics.horizontalAdvance(letter));
+            }
+            sum += *known;
+        }
+        return sum;
+    }
+
+private:
+    QFontMetricsF m_metrics;
+    std::array<qreal, 0x250> m_common = Unknown();  // Latin letters, Slovenian ones among them
+    QHash<char16_t, qreal> m_widths;
+
+    static std::array<qreal, 0x250> Unknown() {
+        std::array<qreal, 0x250> widths{};
+        widths.fill(-1);
+        return widths;
+    }
+};
+
 qreal FirstWidth(const QTextDocument& document, const Row& row) {
     QTextBlock block = row.block;
     if (block.userState() < 0) {
-        block.setUserState(int(std::ceil(TextWidth(document, row.format, row.first) * StateUnit)));
+        block.setUserState(
+            int(std::ceil(TextWidth(document, row.format, row.First().toString()) * StateUnit)));
     }
     return block.userState() / StateUnit;
 }
@@ -121,7 +169,7 @@ void MakeTable(QTextDocument& document, Row row, qreal secondWidth, qreal room) 
         padding);
     QTextTable* table = cursor.insertTable(1, 2, format);
     FitTable(table, room);
-    table->cellAt(0, 0).firstCursorPosition().insertText(row.first, row.format);
+    table->cellAt(0, 0).firstCursorPosition().insertText(row.First().toString(), row.format);
     QTextTableCell second = table->cellAt(0, 1);
     QTextCharFormat middle = second.format();
     middle.setVerticalAlignment(QTextCharFormat::AlignMiddle);
@@ -130,7 +178,7 @@ void MakeTable(QTextDocument& document, Row row, qreal secondWidth, qreal room) 
     QTextBlockFormat right;
     right.setAlignment(Qt::AlignRight);
     secondText.setBlockFormat(right);
-    secondText.insertText(row.second, row.format);
+    secondText.insertText(row.Second().toString(), row.format);
 
     // The row's emptied block before the table and the new one after it go: the block before
     // joins the one above, the block after takes in the one below with that one's format.
@@ -237,41 +285,70 @@ void WrapLongRows(QTextDocument& document, qreal room) {
         // The longest second cells are measured (a list's numbers: their digits are alike).
         qsizetype longest = 0;
         for (const Row& row : run) {
-            longest = std::max(longest, row.second.size());
+            longest = std::max(longest, row.Second().size());
         }
         qreal second = 0;
         for (const Row& row : run) {
-            if (row.second.size() == longest) {
-                second = std::max(second, TextWidth(document, row.format, row.second));
+            if (row.Second().size() == longest) {
+                second = std::max(second, TextWidth(document, row.format, row.Second().toString()));
             }
         }
+        std::unique_ptr<LetterWidths> letters;
+        int lettersFormat = -1;
         for (const Row& row : run) {
             const QTextBlockFormat format = row.block.blockFormat();
-            if (FirstWidth(document, row) >
-                FirstRoom(room, format.leftMargin(), format.rightMargin(),
-                          format.doubleProperty(RowPaddingProperty), second)) {
+            const qreal firstRoom = FirstRoom(room, format.leftMargin(), format.rightMargin(),
+                                              format.doubleProperty(RowPaddingProperty), second);
+            if (!letters || row.formatIndex != lettersFormat) {
+                letters = std::make_unique<LetterWidths>(document, row.format);
+                lettersFormat = row.formatIndex;
+            }
+            if (letters->Sum(row.First()) * 1.03 + 1 <= firstRoom) {
+                continue;  // clearly fits
+            }
+            if (FirstWidth(document, row) > firstRoom) {
                 wrapped.push_back(row);
+                wrapped.back().place = row.block.position();
                 secondWidths.push_back(second);
             }
         }
         run.clear();
         runMargins = -1;
     };
-    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        const QTextBlockFormat format = block.blockFormat();
+    // The root frame's own blocks, in order: a row can be made a table when the items on either
+    // side of it are blocks of the root frame too (a row is decided when the next item is seen).
+    std::optional<Row> candidate;
+    qreal candidateMargins = 0;
+    bool previousIsBlock = true;
+    for (QTextFrame::iterator item = document.rootFrame()->begin();; ++item) {
+        const bool end = item.atEnd();
+        const bool isBlock = !end && !item.currentFrame();
+        if (candidate) {
+            if (isBlock || end) {
+                if (!run.empty() && candidateMargins != runMargins) {
+                    endRun();
+                }
+                run.push_back(*candidate);
+                runMargins = candidateMargins;
+            } else {
+                endRun();
+            }
+            candidate.reset();
+        }
+        if (end) {
+            break;
+        }
         Row row;
-        const bool isRow = format.boolProperty(RowProperty) && ReadRow(block, row) &&
-                           InRootFrame(document, block) &&
-                           InRootFrame(document, block.previous()) &&
-                           InRootFrame(document, block.next());
-        const qreal margins = format.leftMargin() + format.rightMargin();
-        if (!run.empty() && (!isRow || margins != runMargins)) {
+        const QTextBlockFormat format =
+            isBlock ? item.currentBlock().blockFormat() : QTextBlockFormat();
+        if (isBlock && previousIsBlock && format.boolProperty(RowProperty) &&
+            ReadRow(item.currentBlock(), row)) {
+            candidate = row;
+            candidateMargins = format.leftMargin() + format.rightMargin();
+        } else {
             endRun();
         }
-        if (isRow) {
-            run.push_back(row);
-            runMargins = margins;
-        }
+        previousIsBlock = isBlock;
     }
     endRun();
     // From the last to the first, so that the rows not yet made tables stay where they were.
