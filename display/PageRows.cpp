@@ -282,28 +282,28 @@ void WrapLongRows(QTextDocument& document, qreal room) {
     std::vector<Row> run;
     qreal runMargins = -1;
     const auto endRun = [&] {
-        // The longest second cells are measured (a list's numbers: their digits are alike).
-        qsizetype longest = 0;
-        for (const Row& row : run) {
-            longest = std::max(longest, row.Second().size());
-        }
-        qreal second = 0;
-        for (const Row& row : run) {
-            if (row.Second().size() == longest) {
-                second = std::max(second, TextWidth(document, row.format, row.Second().toString()));
-            }
-        }
         std::unique_ptr<LetterWidths> letters;
         int lettersFormat = -1;
-        for (const Row& row : run) {
-            const QTextBlockFormat format = row.block.blockFormat();
-            const qreal firstRoom = FirstRoom(room, format.leftMargin(), format.rightMargin(),
-                                              format.doubleProperty(RowPaddingProperty), second);
+        const auto lettersOf = [&](const Row& row) -> LetterWidths& {
             if (!letters || row.formatIndex != lettersFormat) {
                 letters = std::make_unique<LetterWidths>(document, row.format);
                 lettersFormat = row.formatIndex;
             }
-            if (letters->Sum(row.First()) * 1.03 + 1 <= firstRoom) {
+            return *letters;
+        };
+        // Only a second cell whose letters could make it wider than the widest measured so far
+        // is measured (a list's numbers: their digits are alike, so mostly the first one).
+        qreal second = 0;
+        for (const Row& row : run) {
+            if (lettersOf(row).Sum(row.Second()) > second) {
+                second = std::max(second, TextWidth(document, row.format, row.Second().toString()));
+            }
+        }
+        for (const Row& row : run) {
+            const QTextBlockFormat format = row.block.blockFormat();
+            const qreal firstRoom = FirstRoom(room, format.leftMargin(), format.rightMargin(),
+                                              format.doubleProperty(RowPaddingProperty), second);
+            if (lettersOf(row).Sum(row.First()) * 1.03 + 1 <= firstRoom) {
                 continue;  // clearly fits
             }
             if (FirstWidth(document, row) > firstRoom) {

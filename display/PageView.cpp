@@ -5,6 +5,7 @@
 #include <QResizeEvent>
 #include <QTextBrowser>
 #include <QTextDocument>
+#include <QThread>
 
 #include "display/PageDocument.h"
 
@@ -38,18 +39,23 @@ private:
     QObject* m_viewport;
 };
 
-}  // namespace
+// The page of a display file in a document of its own, not yet fitted to a width.
+std::unique_ptr<QTextDocument> Build(const QByteArray& bytes) {
+    auto document = std::make_unique<QTextDocument>();
+    PageDocument::BuildFromBytes(*document, bytes);
+    return document;
+}
 
-void Show(QTextBrowser* view, const QString& fileName) {
+QByteArray ReadFile(const QString& fileName) {
+    QFile page(fileName);
+    return page.open(QIODevice::ReadOnly) ? page.readAll() : QByteArray();
+}
+
+// The view takes the finished document in one step and lays out only what it shows first (the
+// rest follows while the user reads).
+void Place(QTextBrowser* view, std::unique_ptr<QTextDocument> document) {
     if (!view->findChild<QObject*>(KeeperName, Qt::FindDirectChildrenOnly)) {
         new WidthKeeper(view);
-    }
-    // The page is laid out apart from the view, which then takes the finished document in one
-    // step and lays out only what it shows first (the rest follows while the user reads).
-    auto* document = new QTextDocument(view);
-    QFile page(fileName);
-    if (page.open(QIODevice::ReadOnly)) {
-        PageDocument::BuildFromBytes(*document, page.readAll());
     }
     // A view not shown yet has no width of its own: the page is fitted when it gets one.
     if (view->isVisible()) {
@@ -58,10 +64,28 @@ void Show(QTextBrowser* view, const QString& fileName) {
     // The view deletes the document it made itself; those made here go when replaced.
     QTextDocument* previous = view->document();
     const bool madeHere = previous->parent() == view;
-    view->setDocument(document);
+    document->setParent(view);
+    view->setDocument(document.release());
     if (madeHere) {
         delete previous;
     }
 }
+
+}  // namespace
+
+void Show(QTextBrowser* view, const QString& fileName) { Place(view, Build(ReadFile(fileName))); }
+
+Prepared Prepare(const QString& fileName) {
+    Prepared page;
+    QThread* const home = QThread::currentThread();
+    page.m_document = std::async(std::launch::async, [bytes = ReadFile(fileName), home] {
+        std::unique_ptr<QTextDocument> document = Build(bytes);
+        document->moveToThread(home);  // only the thread that made it can hand it on
+        return document;
+    });
+    return page;
+}
+
+void Show(QTextBrowser* view, Prepared page) { Place(view, page.m_document.get()); }
 
 }  // namespace PageView

@@ -34,9 +34,12 @@ void RecipeCatalogue::Clear() {
     m_recipeText.clear();
 }
 
-void RecipeCatalogue::Read() {
+void RecipeCatalogue::Read(const std::function<void(const QString&)>& groupsRead) {
     Clear();
     ReadGroups();
+    if (groupsRead) {
+        groupsRead(Key(Child(Node(), 0)));
+    }
     for (quint32 group = 0; group < m_groups.size(); ++group) {
         ReadTypes(group);
     }

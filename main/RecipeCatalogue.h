@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <functional>
 #include <vector>
 
 // The recipe tree's rows as the catalogue statements return them: the groups by name, each
@@ -21,8 +22,10 @@ public:
     };
 
     // Empties the catalogue and reads it anew, statement by statement; a failure raises the
-    // database library's error and the rows read so far stay.
-    void Read();
+    // database library's error and the rows read so far stay. `groupsRead`, when given, is
+    // called with the first group's key ("" when there is none) once the groups are read, before
+    // their subgroups.
+    void Read(const std::function<void(const QString&)>& groupsRead = {});
     void Clear();
 
     int GroupCount() const { return static_cast<int>(m_groups.size()); }

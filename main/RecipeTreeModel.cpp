@@ -33,16 +33,19 @@ const QFont& BoldFont() {
 
 RecipeTreeModel::RecipeTreeModel(QObject* parent) : QAbstractItemModel(parent) {}
 
-void RecipeTreeModel::Reload() {
+void RecipeTreeModel::Reload(const std::function<void(const QString&)>& groupsRead) {
     beginResetModel();
     const auto ended = qScopeGuard([this] { endResetModel(); });
     const QByteArray mark =
         modDatabase::Connection ? ChangeMark::Of(*modDatabase::Connection) : QByteArray();
     if (!mark.isEmpty() && mark == m_readAt) {
+        if (groupsRead) {
+            groupsRead(m_catalogue.Key(m_catalogue.Child({}, 0)));
+        }
         return;
     }
     m_readAt.clear();
-    m_catalogue.Read();
+    m_catalogue.Read(groupsRead);
     m_readAt = mark;
 }
 

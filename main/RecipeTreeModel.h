@@ -14,7 +14,8 @@ public:
     // Starts the tree anew, every node collapsed and none selected, and reads the catalogue
     // again unless nothing was committed to the database since it was read (then it would read
     // the same rows). A failure part-way keeps the nodes read so far and is raised.
-    void Reload();
+    // `groupsRead` as RecipeCatalogue::Read gives it, also when nothing is read again.
+    void Reload(const std::function<void(const QString&)>& groupsRead = {});
     // Removes every node.
     void Clear();
     const RecipeCatalogue& Catalogue() const { return m_catalogue; }

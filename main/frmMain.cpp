@@ -132,29 +132,44 @@ void frmMain::ConnectCommands() {
 void frmMain::RefreshTreeView() {
     ErrorPath::PassOn("frmMain:RefreshTreeView", [&] {
         SetMousePointer(UiServices::vbHourglass);
-        RebuildTree();
-        if (m_tree->rowCount() > 0) {
-            tvRecipes_NodeClick();
-        } else {
+        // The first group's page is written as soon as the groups are read, and laid out while
+        // their subgroups and recipes are read.
+        PageView::Prepared firstPage;
+        RebuildTree([&](const QString& firstGroup) { firstPage = PrepareFirstPage(firstGroup); });
+        if (m_tree->rowCount() == 0) {
             Navigate(BlankPage);
+        } else if (firstPage.IsValid()) {
+            Navigate(std::move(firstPage));
         }
         EnableControls();
         SetMousePointer(UiServices::vbDefault);
     });
 }
 
-void frmMain::RebuildTree() {
+void frmMain::RebuildTree(const std::function<void(const QString&)>& groupsRead) {
     {
         // The nodes read before a failure stay in the tree.
         m_selectingFromCode = true;
         const auto read = qScopeGuard([this] { m_selectingFromCode = false; });
-        m_tree->Reload();
+        m_tree->Reload(groupsRead);
     }
     if (m_tree->rowCount() > 0) {
         m_selectingFromCode = true;
         tvRecipes->setCurrentIndex(m_tree->index(0, 0));
         m_selectingFromCode = false;
     }
+}
+
+PageView::Prepared frmMain::PrepareFirstPage(const QString& key) {
+    PageView::Prepared page;
+    if (!key.isEmpty()) {
+        // As the node-click handling of that group, which reports its own errors.
+        ErrorPath::Handle("frmMain:tvRecipes_NodeClick->", [&] {
+            WritePage(key);
+            page = PageView::Prepare(modGeneral::TempFilename);
+        });
+    }
+    return page;
 }
 
 void frmMain::RefreshAndRestore(const QString& key) {
@@ -180,20 +195,25 @@ void frmMain::tvRecipes_NodeClick() {
     ErrorPath::Handle("frmMain:tvRecipes_NodeClick->", [&] {
         SetMousePointer(UiServices::vbHourglass);
         EnableControls();
-        const QString kind = SelectedKind();
-        if (!kind.isEmpty()) {
-            const qint32 id = SelectedID();
-            if (kind == QLatin1String("R")) {
-                modDisplay::DisplayRecipe(id);
-            } else if (kind == QLatin1String("T")) {
-                modDisplay::DisplayType(id);
-            } else if (kind == QLatin1String("G")) {
-                modDisplay::DisplayGroup(id);
-            }
+        const QString key = SelectedKey();
+        if (!key.isEmpty()) {
+            WritePage(key);
             Navigate(modGeneral::TempFilename);
         }
         SetMousePointer(UiServices::vbDefault);
     });
+}
+
+void frmMain::WritePage(const QString& key) {
+    const QChar kind = key.at(0);
+    const qint32 id = key.mid(1).toInt();
+    if (kind == QLatin1Char('R')) {
+        modDisplay::DisplayRecipe(id);
+    } else if (kind == QLatin1Char('T')) {
+        modDisplay::DisplayType(id);
+    } else if (kind == QLatin1Char('G')) {
+        modDisplay::DisplayGroup(id);
+    }
 }
 
 void frmMain::Navigate(const QString& address) {
@@ -203,6 +223,11 @@ void frmMain::Navigate(const QString& address) {
         return;
     }
     PageView::Show(webDisplay, address);
+}
+
+void frmMain::Navigate(PageView::Prepared page) {
+    m_address = modGeneral::TempFilename;
+    PageView::Show(webDisplay, std::move(page));
 }
 
 QString frmMain::SelectedKey() const { return modGeneral::ItemKey(tvRecipes->currentIndex()); }

@@ -10,6 +10,7 @@
 #include <functional>
 
 #include "display/PagePrinter.h"
+#include "display/PageView.h"
 #include "main/MainMenus.h"
 
 class QFrame;
@@ -66,13 +67,19 @@ private:
     // The address shown before any page and when none is to be shown.
     static const QString BlankPage;
 
-    // Reads the tree anew and selects its first node, without showing a page.
-    void RebuildTree();
+    // Reads the tree anew and selects its first node, without showing a page; `groupsRead` as
+    // RecipeTreeModel::Reload gives it.
+    void RebuildTree(const std::function<void(const QString&)>& groupsRead = {});
+    // Writes the page of the node with a key into the display file.
+    void WritePage(const QString& key);
+    // Writes the first group's page and starts laying it out while the tree is read on.
+    PageView::Prepared PrepareFirstPage(const QString& key);
     void Form_Load();
     void Form_Resize();
     bool Form_QueryUnload();
     void Form_Unload();
     void Navigate(const QString& address);
+    void Navigate(PageView::Prepared page);
     void LayoutControls();
     void ConnectCommands();
     void ShowPopupMenu(const QPoint& globalPosition);
