@@ -5,11 +5,13 @@
 #include <functional>
 #include <vector>
 
+#include "core/database/RowReader.h"
+
 // The recipe tree's rows as the catalogue statements return them: the groups by name, each
 // group's subgroups by name, each subgroup's recipes by title. A node is a kind ('G', 'T',
 // 'R') and an index among the nodes of its kind; the recipes of a subgroup are consecutive.
-// Each node keeps its row key and its text in UTF-8 in one shared buffer, about 50 bytes a
-// recipe, so that a million recipes fit in some 60 MB.
+// Each node keeps its row key and its text in UTF-8 in a buffer shared with its siblings, about 50
+// bytes a recipe, so that a million recipes fit in some 60 MB.
 class RecipeCatalogue {
 public:
     struct Node {
@@ -30,7 +32,7 @@ public:
 
     int GroupCount() const { return static_cast<int>(m_groups.size()); }
     int TypeCount() const { return static_cast<int>(m_types.size()); }
-    int RecipeCount() const { return static_cast<int>(m_recipeIds.size()); }
+    int RecipeCount() const { return static_cast<int>(m_recipeTypes.size()); }
 
     // The nodes below a node (the groups below none), and the node above one.
     int ChildCount(Node node) const;
@@ -55,18 +57,27 @@ private:
         quint32 firstChild;  // index of its first subgroup or recipe
         quint32 childCount;
     };
+    // One subgroup's recipes by title: keys, and their texts one after another.
+    struct Recipes {
+        std::vector<qint32> ids;
+        std::vector<quint32> textEnds;  // a recipe's text starts where the one before ends
+        QByteArray text;
+    };
+    using RowsOf = std::function<RowReader(const QString& sql)>;
 
     const Branch* BranchOf(Node node) const;
     static QString TextAt(const QByteArray& buffer, quint32 start, quint32 end);
     void ReadGroups();
     void ReadTypes(quint32 group);
-    void ReadRecipes(quint32 type);
+    // The subgroups' recipes, read on two connections at once where the database allows it.
+    void ReadAllRecipes();
+    void ReadRecipes(const RowsOf& rowsOf, quint32 type);
+    // Numbers the recipes in the order of their subgroups.
+    void NumberRecipes();
 
     std::vector<Branch> m_groups;
     std::vector<Branch> m_types;
-    std::vector<qint32> m_recipeIds;
-    std::vector<quint32> m_recipeTextEnds;  // a recipe's text starts where the one before ends
-    std::vector<quint32> m_recipeTypes;
+    std::vector<Recipes> m_recipes;      // by subgroup
+    std::vector<quint32> m_recipeTypes;  // by recipe
     QByteArray m_branchText;
-    QByteArray m_recipeText;
 };

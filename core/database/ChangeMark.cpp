@@ -9,6 +9,10 @@ namespace ChangeMark {
 namespace {
 
 QByteArray FileMark(sqlite3* db) {
+    // What is read inside a transaction may yet be rolled back, which no count of changes shows.
+    if (!sqlite3_get_autocommit(db)) {
+        return QByteArray();
+    }
     sqlite3_stmt* statement = nullptr;
     QByteArray mark;
     if (sqlite3_prepare_v2(db, "PRAGMA data_version;", -1, &statement, nullptr) == SQLITE_OK &&

@@ -355,6 +355,17 @@ void OpenConnection() { OpenShared(&DbConnection::Open); }
 
 void OpenConnectionToRead() { OpenShared(&DbConnection::OpenToRead); }
 
+std::shared_ptr<DbConnection> OpenReadingPartner() {
+    sqlite3* shared =
+        Connection && Connection->State() == adStateOpen ? Connection->SqliteHandle() : nullptr;
+    if (!shared || !sqlite3_get_autocommit(shared)) {
+        return nullptr;
+    }
+    auto partner = std::make_shared<DbConnection>(FileDatabase, Connection->ConnectionString());
+    partner->OpenToRead();
+    return partner->State() == adStateOpen ? partner : nullptr;
+}
+
 namespace {
 
 // The shared connection, opened first with the current settings when it is closed.

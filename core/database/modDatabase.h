@@ -103,6 +103,10 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
 void OpenConnection();
 // The same for work that only reads the database (DbConnection::OpenToRead).
 void OpenConnectionToRead();
+// A second connection to the shared connection's database file, to read beside it on another
+// thread: nullptr for a server, while the shared connection is inside a transaction (the other
+// would not see its changes), or when the file cannot be opened so.
+std::shared_ptr<DbConnection> OpenReadingPartner();
 // Runs a SELECT into a result set; opens the shared connection first when it is closed.
 Recordset GetRecordset(const QString& sql);
 // The same for a statement that holds text the user typed between the quotes of a literal:
