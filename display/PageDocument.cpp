@@ -76,10 +76,8 @@ private:
     const QSizeF m_pageSize;
 };
 
-}  // namespace
-
-void Build(QTextDocument& document, const QString& html) {
-    const QByteArray utf8 = html.toUtf8();
+// The page of its text in UTF-8.
+void BuildUtf8(QTextDocument& document, const QByteArray& utf8) {
     std::unique_ptr<GumboOutput, void (*)(GumboOutput*)> output(
         gumbo_parse_with_options(&kGumboDefaultOptions, utf8.constData(), size_t(utf8.size())),
         [](GumboOutput* parsed) { gumbo_destroy_output(&kGumboDefaultOptions, parsed); });
@@ -97,6 +95,8 @@ void Build(QTextDocument& document, const QString& html) {
     detail::Builder(document, quirks).Run(output->root, sheet);
     document.setUndoRedoEnabled(undo);
 }
+
+}  // namespace
 
 void FitWidth(QTextDocument& document, qreal textWidth) {
     const qreal room = textWidth - 2 * document.documentMargin();
@@ -133,8 +133,11 @@ void FitWidth(QTextDocument& document, qreal textWidth) {
     }
 }
 
+void Build(QTextDocument& document, const QString& html) { BuildUtf8(document, html.toUtf8()); }
+
 void BuildFromBytes(QTextDocument& document, const QByteArray& bytes) {
-    Build(document, Windows1250::Decode(bytes));
+    // The decoded text goes before the parse, which needs some fifteen times the page's size.
+    BuildUtf8(document, Windows1250::Decode(bytes).toUtf8());
 }
 
 }  // namespace PageDocument

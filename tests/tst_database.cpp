@@ -132,6 +132,17 @@ private Q_SLOTS:
         QCOMPARE(first->State(), int(adStateOpen));  // the old one is dropped, not closed
     }
 
+    // A server passes rows on from parallel workers cheaply, so that a search through every
+    // method text is shared between processes.
+    void serverSessionMakesParallelRowsCheap() {
+        TestDatabase::OpenFresh(TestDatabase::Postgres);
+        QCOMPARE(Rows(QStringLiteral("SELECT current_setting('parallel_tuple_cost');")),
+                 QStringList{"0.01"});
+        OpenConnection();
+        QCOMPARE(Rows(QStringLiteral("SELECT current_setting('parallel_tuple_cost');")),
+                 QStringList{"0.01"});
+    }
+
     void queryOnClosedConnectionOpensItFirst_data() { TestDatabase::AddKinds(); }
     void queryOnClosedConnectionOpensItFirst() {
         QFETCH(QString, kind);

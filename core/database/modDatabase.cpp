@@ -219,6 +219,11 @@ void DbConnection::OpenServer(Expect expect) {
         Fail(CannotRead(database, QStringLiteral("standard_conforming_strings ni vključen.")));
         return;
     }
+    // A search's text criteria compare the lower case of every text in the Slovenian collation,
+    // which the planner counts as nearly free: the rows that pass are few next to that work, so
+    // handing them on from a parallel worker is made cheap. A common method text at 100,000
+    // recipes is then searched by two processes (0.5-0.6 s instead of 0.75-0.85 s on two cores).
+    TryRun(*this, QStringLiteral("SET parallel_tuple_cost = 0.01"));
     Fail(Problem(expect, database));
 }
 
