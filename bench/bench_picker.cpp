@@ -7,9 +7,12 @@
 // recipes hold titled sections) and the subgroup's first recipe with sections. Also the peak memory
 // of the process (VmHWM, started afresh before each opening) beside its resident size before the
 // first opening, and, once, the whole collection read the eager way through sqlite3 (the catalogue
-// and one statement per recipe for its titled sections). Prints figures only.
+// and one statement per recipe for its titled sections). With --pg-server, opening and expanding
+// on a generated server database too (--pg-sizes, 100,000 recipes unless told). Prints figures
+// only.
 //
-// Usage: bench_picker [--cache-dir DIR] [--sizes 100000,1000000] [--runs N] [--no-eager-floor]
+// Usage: bench_picker [--cache-dir DIR] [--pg-server HOST:PORT] [--sizes 100000,1000000]
+//                     [--pg-sizes 100000] [--runs N] [--no-eager-floor]
 
 #include <sqlite3.h>
 
@@ -37,12 +40,18 @@ namespace {
 // The options, in the order of the usage line, and what they set.
 struct Options {
     std::vector<Option> List() {
-        return {Text("--cache-dir", "DIR", cacheDir), Sizes("--sizes", "N,N", sizes),
-                Count("--runs", runs), Switch("--no-eager-floor", eagerFloor, false)};
+        return {Text("--cache-dir", "DIR", cacheDir),
+                Text("--pg-server", "HOST:PORT", pgServer),
+                Sizes("--sizes", "N,N", sizes),
+                Sizes("--pg-sizes", "N,N", pgSizes),
+                Count("--runs", runs),
+                Switch("--no-eager-floor", eagerFloor, false)};
     }
 
     QString cacheDir;
+    QString pgServer;
     std::vector<int> sizes{100000, 1000000};
+    std::vector<int> pgSizes{100000};
     int runs = 5;
     bool eagerFloor = true;
 };
@@ -302,6 +311,35 @@ void MeasurePicker(const QString& file, int recipes, const Options& options) {
     }
 }
 
+// On a server: opening and expanding, without a floor of the library's own.
+void MeasurePickerOnServer(int recipes, const Options& options) {
+    const QString name = QStringLiteral("bench_picker_%1").arg(recipes);
+    if (!OpenGeneratedOnServer(options.pgServer, name, recipes)) {
+        return;
+    }
+    std::vector<Opening> openings;
+    for (int run = 0; run < options.runs + 1; ++run) {
+        const Opening opening = OpenPicker();
+        if (run > 0) {
+            openings.push_back(opening);
+        }
+    }
+    const double open = Median(Field(openings, &Opening::openMs));
+    const double target = recipes >= 1000000 ? 3000.0 : 300.0;
+    Print(Where(QStringLiteral("postgresql"), recipes) +
+          QStringLiteral("  picker open median %1 ms %2; then expanding the first group %3 ms, "
+                         "its first subgroup %4 ms, that one's first recipe with sections %5 ms "
+                         "(%6 runs; peak memory %7 MB)")
+              .arg(Fixed(open))
+              .arg(Verdict(QStringLiteral("<= %1 ms").arg(target), open <= target))
+              .arg(Fixed(Median(Field(openings, &Opening::groupMs))))
+              .arg(Fixed(Median(Field(openings, &Opening::typeMs))))
+              .arg(Fixed(Median(Field(openings, &Opening::recipeMs))))
+              .arg(openings.size())
+              .arg(Fixed(Median(Field(openings, &Opening::peakAfterMb)), 1)));
+    modDatabase::CloseConnection();
+}
+
 int Measure(const Options& options, const Workspace& work) {
     Print(QStringLiteral("bench_picker: %1 cores, SQLite %2, Qt %3, platform %4, %5")
               .arg(QThread::idealThreadCount())
@@ -310,6 +348,9 @@ int Measure(const Options& options, const Workspace& work) {
     const int status = ForEachSqliteSize(
         work, options.sizes,
         [&](const QString& file, int recipes) { MeasurePicker(file, recipes, options); });
+    for (const int recipes : options.pgServer.isEmpty() ? std::vector<int>() : options.pgSizes) {
+        MeasurePickerOnServer(recipes, options);
+    }
     PrintDone();
     return status;
 }

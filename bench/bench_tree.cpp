@@ -2,9 +2,11 @@
 // the page it shows at its end (the page is measured right after each build and taken off), beside
 // the floor: the same catalogue statements through the sqlite3 C API, every row read into a key and
 // a QString. Also the peak memory of the process with the tree built, and what closing the recipe
-// editor costs. Prints figures only.
+// editor costs. With --pg-server, the whole RefreshTreeView and the editor's closing on a
+// generated server database too (--pg-sizes, 100,000 recipes unless told). Prints figures only.
 //
-// Usage: bench_tree [--cache-dir DIR] [--sizes 100000,1000000] [--runs N]
+// Usage: bench_tree [--cache-dir DIR] [--pg-server HOST:PORT] [--sizes 100000,1000000]
+//                   [--pg-sizes 100000] [--runs N]
 
 #include <sqlite3.h>
 
@@ -28,12 +30,15 @@ namespace {
 // The options, in the order of the usage line, and what they set.
 struct Options {
     std::vector<Option> List() {
-        return {Text("--cache-dir", "DIR", cacheDir), Sizes("--sizes", "N,N", sizes),
+        return {Text("--cache-dir", "DIR", cacheDir), Text("--pg-server", "HOST:PORT", pgServer),
+                Sizes("--sizes", "N,N", sizes), Sizes("--pg-sizes", "N,N", pgSizes),
                 Count("--runs", runs)};
     }
 
     QString cacheDir;
+    QString pgServer;
     std::vector<int> sizes{100000, 1000000};
+    std::vector<int> pgSizes{100000};
     int runs = 5;
 };
 
@@ -52,7 +57,7 @@ QString PeakMemory() {
 
 // What closing the recipe editor costs: the tree refreshed and the recipe selected again with
 // its page, after "Prekliči" (nothing changed) and after a save (one recipe row written).
-void MeasureEditorClose(frmMain& window, int recipes, const Options& options) {
+void MeasureEditorClose(frmMain& window, const QString& kind, int recipes, const Options& options) {
     const QString key = QStringLiteral("R%1").arg(recipes / 2);
     std::vector<double> cancelled;
     std::vector<double> saved;
@@ -72,7 +77,7 @@ void MeasureEditorClose(frmMain& window, int recipes, const Options& options) {
     const double limit = recipes >= 1000000 ? 1500.0 : 150.0;
     const QString target = QStringLiteral("<= %1 ms").arg(limit);
     Print(
-        Where(QStringLiteral("sqlite"), recipes) +
+        Where(kind, recipes) +
         QStringLiteral("  editor closed, tree refreshed and %1 shown again: after Prekliči median "
                        "%2 ms %3, after a save %4 ms %5 (%6 runs)")
             .arg(key)
@@ -129,7 +134,38 @@ void MeasureTree(const QString& file, int recipes, const Options& options) {
               .arg(floorRows)
               .arg(trees.size())
               .arg(PeakMemory()));
-    MeasureEditorClose(window, recipes, options);
+    MeasureEditorClose(window, QStringLiteral("sqlite"), recipes, options);
+}
+
+// On a server: the whole RefreshTreeView with its first page, and closing the editor.
+void MeasureTreeOnServer(int recipes, const Options& options) {
+    const QString name = QStringLiteral("bench_tree_%1").arg(recipes);
+    if (!OpenGeneratedOnServer(options.pgServer, name, recipes)) {
+        return;
+    }
+    {
+        frmMain window;
+        window.show();
+        QApplication::processEvents();
+        std::vector<double> totals;
+        for (int run = 0; run < options.runs + 1; ++run) {
+            modDatabase::Execute(
+                QStringLiteral("UPDATE [Group] SET name = name WHERE groupID = 1;"));
+            const auto start = Clock::now();
+            window.RefreshTreeView();
+            if (run > 0) {
+                totals.push_back(Milliseconds(Clock::now() - start));
+            }
+        }
+        Print(Where(QStringLiteral("postgresql"), recipes) +
+              QStringLiteral("  RefreshTreeView with its first page shown median %1 ms (%2 runs; "
+                             "peak memory %3)")
+                  .arg(Fixed(Median(totals)))
+                  .arg(totals.size())
+                  .arg(PeakMemory()));
+        MeasureEditorClose(window, QStringLiteral("postgresql"), recipes, options);
+    }
+    modDatabase::CloseConnection();
 }
 
 int Measure(const Options& options, const Workspace& work) {
@@ -139,6 +175,9 @@ int Measure(const Options& options, const Workspace& work) {
     const int status = ForEachSqliteSize(
         work, options.sizes,
         [&](const QString& file, int recipes) { MeasureTree(file, recipes, options); });
+    for (const int recipes : options.pgServer.isEmpty() ? std::vector<int>() : options.pgSizes) {
+        MeasureTreeOnServer(recipes, options);
+    }
     PrintDone();
     return status;
 }

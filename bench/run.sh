@@ -40,10 +40,10 @@ for program in "${programs[@]}"; do
                         --program "$build/app/morvena" --sample "$build/share/Morvena.mdb" ;;
         start) "$build/bench/bench_start" --tool "$build/tools/morvena-tool" --cache-dir "$cache" ;;
         editor) "$build/bench/bench_editor" --cache-dir "$cache" ;;
-        picker) "$build/bench/bench_picker" --cache-dir "$cache" ;;
+        picker) "$build/bench/bench_picker" --cache-dir "$cache" "${pg[@]}" ;;
         search) "$build/bench/bench_search" --cache-dir "$cache" "${pg[@]}" \
                     --tool "$build/tools/morvena-tool" ;;
-        tree) "$build/bench/bench_tree" --cache-dir "$cache" ;;
+        tree) "$build/bench/bench_tree" --cache-dir "$cache" "${pg[@]}" ;;
         copy) "$build/bench/bench_copy" --cache-dir "$cache" "${pg[@]}" ;;
         settings) "$build/bench/bench_settings" ;;
         access) "$build/bench/bench_access" --tool "$build/tools/morvena-tool" ;;
