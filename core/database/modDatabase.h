@@ -16,7 +16,8 @@ struct sqlite3;
 
 // The program's single database connection and the operations through which every window
 // reaches the tables: open, query into a result set, delete the rows of a result set, close,
-// and the conversions between empty text and NULL.
+// and the conversions between empty text and NULL. (A second connection to a file only reads
+// beside it for a while, on another thread: OpenReadingPartner.)
 namespace modDatabase {
 
 enum ObjectState { adStateClosed = 0, adStateOpen = 1 };
