@@ -2,8 +2,8 @@
 // main window with the first group's page painted, and its peak memory; beside the floor, the
 // same page written by `morvena-tool page` (a process that opens the database, writes the page and
 // ends). The started program is this one with --show-first-page: it starts as the program does
-// (settings, start-up, the main window) and ends when the page has been painted once. Prints
-// figures only.
+// (settings, start-up, the main window) and ends when the page has been painted once, leaving
+// its resident memory at that moment for the report. Prints figures only.
 //
 // Usage: bench_start --tool PATH [--cache-dir DIR] [--sizes 100000,1000000] [--runs N]
 
@@ -41,6 +41,22 @@ struct Options {
     int runs = 3;
 };
 
+// Where the started program leaves its resident memory at the first paint.
+const char* const ResidentFileVariable = "BENCH_START_RESIDENT_FILE";
+
+void WriteResident() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    QFile resident(QFile::decodeName(qgetenv(ResidentFileVariable)));
+    if (!status.open(QIODevice::ReadOnly) || !resident.open(QIODevice::WriteOnly)) {
+        return;
+    }
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmRSS:")) {
+            resident.write(line.mid(6).simplified());
+        }
+    }
+}
+
 // Ends the program at once when the page view has painted a page.
 class FirstPaint : public QObject {
 public:
@@ -51,7 +67,10 @@ public:
 protected:
     bool eventFilter(QObject*, QEvent* event) override {
         if (event->type() == QEvent::Paint && !m_view->document()->isEmpty()) {
-            QTimer::singleShot(0, [] { std::_Exit(0); });  // the time to close is not measured
+            QTimer::singleShot(0, [] {
+                WriteResident();
+                std::_Exit(0);  // the time to close is not measured
+            });
         }
         return false;
     }
@@ -125,6 +144,8 @@ void MeasureStart(const Options& options, const Workspace& work, int recipes) {
     const QString folder = work.Path() + QStringLiteral("/start%1").arg(recipes);
     WriteSettings(folder, database);
     qputenv("MORVENA_CONFIG_DIR", QFile::encodeName(folder + QStringLiteral("/config")));
+    const QString residentFile = folder + QStringLiteral("/resident.txt");
+    qputenv(ResidentFileVariable, QFile::encodeName(residentFile));
     const ProcessRun start =
         Runs({QCoreApplication::applicationFilePath(), QStringLiteral("--show-first-page")},
              options.runs);
@@ -140,6 +161,10 @@ void MeasureStart(const Options& options, const Workspace& work, int recipes) {
                   .arg(Fixed(floor.seconds)));
         return;
     }
+    QFile residentText(residentFile);
+    const QString resident = residentText.open(QIODevice::ReadOnly)
+                                 ? QString::fromLatin1(residentText.readAll())
+                                 : QStringLiteral("unknown");
     const double ratio = Ratio(start.seconds, floor.seconds);
     const QString verdict = recipes >= 1000000
                                 ? Verdict(QStringLiteral("<= 3 s, < 250 MB"),
@@ -148,7 +173,7 @@ void MeasureStart(const Options& options, const Workspace& work, int recipes) {
     Print(Where(QStringLiteral("sqlite"), recipes) +
           QStringLiteral("  start to first group page painted median %1 ms, peak %2 MB %3  floor "
                          "(morvena-tool page G%4, whole process) %5 ms, peak %6 MB  ratio %7 "
-                         "(%8 runs)")
+                         "(%8 runs; resident at the last run's first paint %9)")
               .arg(Fixed(start.seconds * 1000))
               .arg(Fixed(start.peakMegabytes, 1))
               .arg(verdict)
@@ -156,7 +181,8 @@ void MeasureStart(const Options& options, const Workspace& work, int recipes) {
               .arg(Fixed(floor.seconds * 1000))
               .arg(Fixed(floor.peakMegabytes, 1))
               .arg(Fixed(ratio))
-              .arg(options.runs));
+              .arg(options.runs)
+              .arg(resident));
 }
 
 int Measure(const Options& options, const Workspace& work) {

@@ -7,6 +7,8 @@
 #include <QTextDocument>
 #include <QThread>
 
+#include <malloc.h>
+
 #include "display/PageDocument.h"
 
 namespace PageView {
@@ -80,6 +82,9 @@ Prepared Prepare(const QString& fileName) {
     QThread* const home = QThread::currentThread();
     page.m_document = std::async(std::launch::async, [bytes = ReadFile(fileName), home] {
         std::unique_ptr<QTextDocument> document = Build(bytes);
+        // The parse of a long page took some fifteen times its size, now free on this thread's
+        // heap, where nothing else would use it again: it goes back to the system.
+        malloc_trim(0);
         document->moveToThread(home);  // only the thread that made it can hand it on
         return document;
     });
