@@ -59,21 +59,8 @@ struct Options {
 // ---- memory ------------------------------------------------------------------------------------
 
 double StatusMegabytes(const char* field) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) {
-        return -1.0;
-    }
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith(field)) {
-            return line.mid(static_cast<int>(qstrlen(field)))
-                       .simplified()
-                       .split(' ')
-                       .value(0)
-                       .toDouble() /
-                   1024.0;
-        }
-    }
-    return -1.0;
+    const QString value = StatusField(field);
+    return value.isEmpty() ? -1.0 : value.section(QLatin1Char(' '), 0, 0).toDouble() / 1024.0;
 }
 
 // Starts the peak (VmHWM) afresh at the present resident size.

@@ -45,15 +45,9 @@ struct Options {
 const char* const ResidentFileVariable = "BENCH_START_RESIDENT_FILE";
 
 void WriteResident() {
-    QFile status(QStringLiteral("/proc/self/status"));
     QFile resident(QFile::decodeName(qgetenv(ResidentFileVariable)));
-    if (!status.open(QIODevice::ReadOnly) || !resident.open(QIODevice::WriteOnly)) {
-        return;
-    }
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:")) {
-            resident.write(line.mid(6).simplified());
-        }
+    if (resident.open(QIODevice::WriteOnly)) {
+        resident.write(StatusField("VmRSS:").toLatin1());
     }
 }
 

@@ -180,6 +180,18 @@ bool OpenGeneratedOnServer(const QString& server, const QString& name, int recip
 }
 
 // The machine's load: figures taken while other work runs are slower and noisier.
+QString StatusField(const char* field) {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith(field)) {
+                return QString::fromLatin1(line.mid(int(qstrlen(field))).simplified());
+            }
+        }
+    }
+    return QString();
+}
+
 QString LoadAverage() {
     QFile file(QStringLiteral("/proc/loadavg"));
     if (!file.open(QIODevice::ReadOnly)) {

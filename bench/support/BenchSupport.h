@@ -25,6 +25,9 @@ QString Fixed(double value, int decimals = 2);
 QString ErrorText();
 // The machine's load average, for judging how noisy the figures are.
 QString LoadAverage();
+// A line of this process's /proc/self/status after its field name ("VmHWM:" gives "52344 kB");
+// empty when there is none.
+QString StatusField(const char* field);
 // The last line of a program: "done" and the machine's load.
 void PrintDone();
 
