@@ -48,6 +48,20 @@ std::unique_ptr<QTextDocument> Build(const QByteArray& bytes) {
     return document;
 }
 
+// The page built, and the memory of its parse (some twenty times the page's size, free now on
+// the building thread's heap) given back to the system.
+std::unique_ptr<QTextDocument> BuildAndTrim(const QByteArray& bytes) {
+    malloc_trim(0);  // what the thread freed before, so that the parse can reuse it
+    std::unique_ptr<QTextDocument> document = Build(bytes);
+    malloc_trim(0);
+    return document;
+}
+
+// A page longer than this (some 25,000 rows of a list) is laid out before the caller goes on:
+// its parse beside whatever the caller does next (reading the tree of a large collection) would
+// need the memory of both at once.
+const qsizetype LongPageBytes = 2 * 1024 * 1024;
+
 QByteArray ReadFile(const QString& fileName) {
     QFile page(fileName);
     return page.open(QIODevice::ReadOnly) ? page.readAll() : QByteArray();
@@ -78,13 +92,17 @@ void Place(QTextBrowser* view, std::unique_ptr<QTextDocument> document) {
 void Show(QTextBrowser* view, const QString& fileName) { Place(view, Build(ReadFile(fileName))); }
 
 Prepared Prepare(const QString& fileName) {
+    QByteArray bytes = ReadFile(fileName);
     Prepared page;
+    if (bytes.size() > LongPageBytes) {
+        std::promise<std::unique_ptr<QTextDocument>> laidOut;
+        page.m_document = laidOut.get_future();
+        laidOut.set_value(BuildAndTrim(bytes));
+        return page;
+    }
     QThread* const home = QThread::currentThread();
-    page.m_document = std::async(std::launch::async, [bytes = ReadFile(fileName), home] {
-        std::unique_ptr<QTextDocument> document = Build(bytes);
-        // The parse of a long page took some fifteen times its size, now free on this thread's
-        // heap, where nothing else would use it again: it goes back to the system.
-        malloc_trim(0);
+    page.m_document = std::async(std::launch::async, [bytes = std::move(bytes), home] {
+        std::unique_ptr<QTextDocument> document = BuildAndTrim(bytes);
         document->moveToThread(home);  // only the thread that made it can hand it on
         return document;
     });

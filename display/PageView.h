@@ -26,7 +26,8 @@ private:
     std::future<std::unique_ptr<QTextDocument>> m_document;
 };
 
-// Reads the display file as it is now and starts laying its page out on another thread.
+// Reads the display file as it is now and starts laying its page out on another thread; a long
+// page (megabytes) is laid out at once, on this thread, before the caller goes on.
 Prepared Prepare(const QString& fileName);
 // Shows a prepared page once it is laid out (waiting for it), as Show shows a file.
 void Show(QTextBrowser* view, Prepared page);

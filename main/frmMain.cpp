@@ -166,6 +166,8 @@ PageView::Prepared frmMain::PrepareFirstPage(const QString& key) {
         // As the node-click handling of that group, which reports its own errors.
         ErrorPath::Handle("frmMain:tvRecipes_NodeClick->", [&] {
             WritePage(key);
+            // The page's statements filled the cache; the tree's read fills it again.
+            modDatabase::ReleaseCacheMemory();
             page = PageView::Prepare(modGeneral::TempFilename);
         });
     }

@@ -143,6 +143,34 @@ private Q_SLOTS:
                  QStringList{"0.01"});
     }
 
+    // A file connection gives back the memory of the pages it holds and reads on; a server's
+    // connection and a closed one are left alone.
+    void releasingCacheMemoryKeepsReading_data() { TestDatabase::AddKinds(); }
+    void releasingCacheMemoryKeepsReading() {
+        QFETCH(QString, kind);
+        TestDatabase::OpenFresh(kind);
+        TestDatabase::Insert(QStringLiteral("Unit"), {{"name", "g"}});
+        QCOMPARE(Rows(QStringLiteral("SELECT name FROM [Unit];")), QStringList{"g"});
+        const auto cacheUsed = [] {
+            int used = 0;
+            int highest = 0;
+            sqlite3_db_status(Connection->SqliteHandle(), SQLITE_DBSTATUS_CACHE_USED, &used,
+                              &highest, 0);
+            return used;
+        };
+        if (kind == TestDatabase::Sqlite) {
+            const int before = cacheUsed();
+            ReleaseCacheMemory();
+            QVERIFY2(cacheUsed() < before, qPrintable(QString::number(before)));
+        } else {
+            ReleaseCacheMemory();
+        }
+        QCOMPARE(Rows(QStringLiteral("SELECT name FROM [Unit];")), QStringList{"g"});
+        CloseConnection();
+        ReleaseCacheMemory();
+        QVERIFY(!Connection);
+    }
+
     void queryOnClosedConnectionOpensItFirst_data() { TestDatabase::AddKinds(); }
     void queryOnClosedConnectionOpensItFirst() {
         QFETCH(QString, kind);

@@ -1,8 +1,10 @@
-// The main window's page view: a page laid out on a thread of its own is the page of the file as
-// it was when it was taken; a page fitted to its view's width while the view shows it is laid
-// out for that width; a list's column of numbers is as wide as its widest number.
+// The main window's page view: a page laid out ahead (on a thread of its own, or at once when it
+// is long) is the page of the file as it was when it was taken; a page fitted to its view's width
+// while the view shows it is laid out for that width; a list's column of numbers is as wide as its
+// widest number.
 #include <QAbstractTextDocumentLayout>
 #include <QFile>
+#include <QFileInfo>
 #include <QFontMetricsF>
 #include <QTemporaryDir>
 #include <QTest>
@@ -72,10 +74,18 @@ class TestPageView : public QObject {
 private Q_SLOTS:
 
     // The prepared page is the file's page when it was prepared, whatever the file holds by the
-    // time it is shown; it belongs to the view and to the thread of the window.
+    // time it is shown; it belongs to the view and to the thread of the window. A short page is
+    // laid out on a thread of its own, a page of megabytes at once.
+    void preparedPageIsTheFilesPage_data() {
+        QTest::addColumn<int>("rows");
+        QTest::newRow("short") << 500;
+        QTest::newRow("megabytes") << 40000;
+    }
     void preparedPageIsTheFilesPage() {
+        QFETCH(int, rows);
         QTemporaryDir folder;
-        const QString file = WriteFile(folder, GroupPage(500));
+        const QString file = WriteFile(folder, GroupPage(rows));
+        QVERIFY(QFileInfo(file).size() > (rows > 500 ? 2 : 0) * 1024 * 1024);
         QTextBrowser shown;
         PageView::Show(&shown, file);
 
@@ -90,8 +100,8 @@ private Q_SLOTS:
         QCOMPARE(document->parent(), &view);
         QCOMPARE(document->metaInformation(QTextDocument::DocumentTitle), U("Juhe"));
         QCOMPARE(Blocks(*document), Blocks(*shown.document()));
-        QCOMPARE(document->blockCount(), 503);
-        QCOMPARE(document->lastBlock().text(), U("Zelenjavna juha št. 500\t500"));
+        QCOMPARE(document->blockCount(), rows + 3);
+        QCOMPARE(document->lastBlock().text(), U("Zelenjavna juha št. %1\t%1").arg(rows));
     }
 
     // A page the view already shows is fitted again when the view gets narrower: the numbers

@@ -371,6 +371,12 @@ std::shared_ptr<DbConnection> OpenReadingPartner() {
     return partner->State() == adStateOpen ? partner : nullptr;
 }
 
+void ReleaseCacheMemory() {
+    if (sqlite3* shared = Connection ? Connection->SqliteHandle() : nullptr) {
+        sqlite3_db_release_memory(shared);
+    }
+}
+
 namespace {
 
 // The shared connection, opened first with the current settings when it is closed.

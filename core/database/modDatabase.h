@@ -108,6 +108,9 @@ void OpenConnectionToRead();
 // thread: nullptr for a server, while the shared connection is inside a transaction (the other
 // would not see its changes), or when the file cannot be opened so.
 std::shared_ptr<DbConnection> OpenReadingPartner();
+// The shared connection to a file gives the memory of its page cache back (the cache fills again
+// as it reads); nothing happens for a server or a closed connection.
+void ReleaseCacheMemory();
 // Runs a SELECT into a result set; opens the shared connection first when it is closed.
 Recordset GetRecordset(const QString& sql);
 // The same for a statement that holds text the user typed between the quotes of a literal:
