@@ -74,8 +74,9 @@ void RecipeCatalogue::ReadTypes(quint32 group) {
 
 void RecipeCatalogue::ReadAllRecipes() {
     // The subgroups are taken one by one, in order, by whichever connection is free. A second
-    // connection to a database file reads beside the shared one: a million recipes are read in
-    // two thirds of the time on two cores.
+    // connection reads beside the shared one: a million recipes in a file are read in two thirds
+    // of the time on two cores, and a server sorts the titles of two subgroups at once (100,000
+    // recipes: 245 ms down to 127 ms).
     m_recipes.resize(m_types.size());
     std::atomic<std::size_t> next{0};
     const auto readFrom = [&](const RowsOf& rowsOf) {

@@ -109,14 +109,14 @@ private Q_SLOTS:
         }
     }
 
-    // A second connection reads beside the shared one only for a file, and not while the shared
-    // one is inside a transaction, whose changes the tree shows.
+    // A second connection reads beside the shared one, but not while the shared one is inside
+    // a transaction, whose changes the tree shows.
     void readingInsideATransactionShowsItsChanges_data() { TestDatabase::AddKinds(); }
     void readingInsideATransactionShowsItsChanges() {
         QFETCH(QString, kind);
         TestDatabase::OpenFresh(kind);
         TestDatabase::LoadSmallCollection();
-        QCOMPARE(modDatabase::OpenReadingPartner() != nullptr, kind == TestDatabase::Sqlite);
+        QVERIFY(modDatabase::OpenReadingPartner());
         RecipeTreeModel model;
         QString added;
         {
@@ -134,6 +134,36 @@ private Q_SLOTS:
         QVERIFY(!ModelLines(model).contains(added));
         QCOMPARE(ModelLines(model), StatementLines());
     }
+
+    // On a server, the second connection logs in as the shared one did: a password typed at the
+    // prompt is not asked for again, and the tree is read whole.
+    void serverPartnerTakesTheTypedPassword() {
+        TestDatabase::OpenFresh(TestDatabase::Postgres);
+        LoadManySubgroups();
+        const QStringList expected = StatementLines();
+        modGeneral::Password.clear();
+        qunsetenv("PGPASSWORD");
+        s_prompts = 0;
+        modDatabase::SetPasswordPrompt([](const QString&) -> std::optional<QString> {
+            ++s_prompts;
+            return TestDatabase::PostgresPassword();
+        });
+        modDatabase::OpenConnection();
+        QCOMPARE(modDatabase::Connection->State(), int(modDatabase::adStateOpen));
+        QCOMPARE(s_prompts, 1);
+        const std::shared_ptr<modDatabase::DbConnection> partner =
+            modDatabase::OpenReadingPartner();
+        QVERIFY(partner);
+        QCOMPARE(partner->Kind(), int(modDatabase::ServerDatabase));
+        RecipeTreeModel model;
+        model.Reload();
+        modDatabase::SetPasswordPrompt(nullptr);
+        QCOMPARE(s_prompts, 1);
+        QCOMPARE(ModelLines(model), expected);
+    }
+
+private:
+    static inline int s_prompts = 0;
 };
 
 QTEST_MAIN(TestTreeRead)

@@ -270,6 +270,11 @@ PostgresSession::~PostgresSession() { PQfinish(m_connection); }
 
 bool PostgresSession::IsOpen() const { return PQstatus(m_connection) == CONNECTION_OK; }
 
+bool PostgresSession::InTransaction() const {
+    const PGTransactionStatusType status = PQtransactionStatus(m_connection);
+    return status == PQTRANS_INTRANS || status == PQTRANS_INERROR;
+}
+
 std::unique_ptr<SqlCursor> PostgresSession::NewCursor(bool streamed) {
     return std::make_unique<PostgresCursor>(
         std::static_pointer_cast<PostgresSession>(shared_from_this()), streamed);

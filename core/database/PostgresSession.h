@@ -22,6 +22,7 @@ public:
     ~PostgresSession() override;
 
     bool IsOpen() const override;
+    bool InTransaction() const override;
     std::unique_ptr<SqlCursor> NewCursor(bool streamed) override;
     // A setting the server reports to its clients ("standard_conforming_strings").
     QString Reported(const char* setting) const;

@@ -38,6 +38,8 @@ public:
     virtual ~SqlSession() = default;
     // False once the connection is lost or closed.
     virtual bool IsOpen() const = 0;
+    // True between the start of a transaction and its end.
+    virtual bool InTransaction() const = 0;
     // A statement whose rows are read into memory when it runs (`streamed` false), or come one
     // at a time from the database as they are read (for tables read whole). The session stays
     // open while one of its statements is left.

@@ -218,6 +218,8 @@ std::shared_ptr<SqliteSession> SqliteSession::Open(const QString& uri, SqlFailur
 
 SqliteSession::~SqliteSession() { sqlite3_close_v2(m_db); }
 
+bool SqliteSession::InTransaction() const { return m_db && !sqlite3_get_autocommit(m_db); }
+
 std::unique_ptr<SqlCursor> SqliteSession::NewCursor(bool) {
     return std::make_unique<SqliteCursor>(shared_from_this(), m_db);
 }

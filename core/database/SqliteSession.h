@@ -13,6 +13,7 @@ public:
     ~SqliteSession() override;
 
     bool IsOpen() const override { return m_db != nullptr; }
+    bool InTransaction() const override;
     std::unique_ptr<SqlCursor> NewCursor(bool streamed) override;
     sqlite3* Handle() const { return m_db; }
 

@@ -13,6 +13,7 @@
 #include "core/database/PlannerStatistics.h"
 #include "core/database/PostgresSession.h"
 #include "core/database/Schema.h"
+#include "core/database/ServerKeywords.h"
 #include "core/database/SqlDialect.h"
 #include "core/database/SqlStatement.h"
 #include "core/database/SqliteExtensions.h"
@@ -167,35 +168,7 @@ void DbConnection::OpenServer(Expect expect) {
     const QString database = ConnectionStringValue(m_connectionString, QStringLiteral("Database"));
     const QString user = ConnectionStringValue(m_connectionString, QStringLiteral("User ID"));
     const QString password = ConnectionStringValue(m_connectionString, QStringLiteral("Password"));
-    QList<QPair<QString, QString>> keywords;
-    // "host", "host:port" or "host,port"
-    const qsizetype separator =
-        std::max(server.lastIndexOf(QLatin1Char(':')), server.lastIndexOf(QLatin1Char(',')));
-    if (!server.isEmpty()) {
-        keywords.append({QStringLiteral("host"), separator > 0 ? server.left(separator) : server});
-    }
-    if (separator > 0) {
-        keywords.append({QStringLiteral("port"), server.mid(separator + 1)});
-    }
-    keywords.append({QStringLiteral("dbname"), database});
-    if (!user.isEmpty()) {
-        keywords.append({QStringLiteral("user"), user});
-    }
-    // Without a password of its own, libpq looks in its own places: PGPASSWORD, ~/.pgpass.
-    if (!password.isEmpty()) {
-        keywords.append({QStringLiteral("password"), password});
-    }
-    // A server that is lost while the program waits for it is noticed within 25 seconds: an
-    // idle connection is probed after 10 s of silence every 5 s, and data that the server does
-    // not acknowledge for 25 s ends the connection; the statement then fails on the error path.
-    keywords.append({{QStringLiteral("connect_timeout"), QStringLiteral("15")},
-                     {QStringLiteral("keepalives"), QStringLiteral("1")},
-                     {QStringLiteral("keepalives_idle"), QStringLiteral("10")},
-                     {QStringLiteral("keepalives_interval"), QStringLiteral("5")},
-                     {QStringLiteral("keepalives_count"), QStringLiteral("3")},
-                     {QStringLiteral("tcp_user_timeout"), QStringLiteral("25000")},
-                     {QStringLiteral("client_encoding"), QStringLiteral("UTF8")},
-                     {QStringLiteral("application_name"), QStringLiteral("Morvena")}});
+    QList<QPair<QString, QString>> keywords = ServerKeywords(m_connectionString);
     SqlFailure failure;
     bool needsPassword = false;
     std::shared_ptr<PostgresSession> session =
@@ -212,19 +185,48 @@ void DbConnection::OpenServer(Expect expect) {
         Fail(CannotRead(database, failure.text));
         return;
     }
-    m_session = session;
+    m_serverKeywords = keywords;
+    if (StartServerSession(session, database)) {
+        Fail(Problem(expect, database));
+    }
+}
+
+bool DbConnection::StartServerSession(std::shared_ptr<PostgresSession> session,
+                                      const QString& database) {
+    const PostgresSession& server = *session;
+    m_session = std::move(session);
     // A backslash in a literal is a plain character, whatever the server was told before.
     TryRun(*this, QStringLiteral("SET standard_conforming_strings = on"));
-    if (session->Reported("standard_conforming_strings") != QLatin1String("on")) {
+    if (server.Reported("standard_conforming_strings") != QLatin1String("on")) {
         Fail(CannotRead(database, QStringLiteral("standard_conforming_strings ni vključen.")));
-        return;
+        return false;
     }
     // A search's text criteria compare the lower case of every text in the Slovenian collation,
     // which the planner counts as nearly free: the rows that pass are few next to that work, so
     // handing them on from a parallel worker is made cheap. A common method text at 100,000
     // recipes is then searched by two processes (0.5-0.6 s instead of 0.75-0.85 s on two cores).
     TryRun(*this, QStringLiteral("SET parallel_tuple_cost = 0.01"));
-    Fail(Problem(expect, database));
+    return true;
+}
+
+void DbConnection::OpenBeside(const DbConnection& other) {
+    if (m_kind == FileDatabase) {
+        OpenToRead();
+        return;
+    }
+    m_lastError.clear();
+    m_unchanged = true;
+    SqlFailure failure;
+    bool needsPassword = false;
+    const QString database = ConnectionStringValue(m_connectionString, QStringLiteral("Database"));
+    std::shared_ptr<PostgresSession> session =
+        PostgresSession::Open(other.m_serverKeywords, failure, needsPassword);
+    if (!session) {
+        Fail(CannotRead(database, failure.text));
+        return;
+    }
+    m_serverKeywords = other.m_serverKeywords;
+    StartServerSession(session, database);
 }
 
 QString DbConnection::Problem(Expect expect, const QString& name) {
@@ -361,13 +363,13 @@ void OpenConnection() { OpenShared(&DbConnection::Open); }
 void OpenConnectionToRead() { OpenShared(&DbConnection::OpenToRead); }
 
 std::shared_ptr<DbConnection> OpenReadingPartner() {
-    sqlite3* shared =
-        Connection && Connection->State() == adStateOpen ? Connection->SqliteHandle() : nullptr;
-    if (!shared || !sqlite3_get_autocommit(shared)) {
+    if (!Connection || Connection->State() != adStateOpen ||
+        Connection->Session()->InTransaction()) {
         return nullptr;
     }
-    auto partner = std::make_shared<DbConnection>(FileDatabase, Connection->ConnectionString());
-    partner->OpenToRead();
+    auto partner =
+        std::make_shared<DbConnection>(Connection->Kind(), Connection->ConnectionString());
+    partner->OpenBeside(*Connection);
     return partner->State() == adStateOpen ? partner : nullptr;
 }
 
@@ -377,17 +379,12 @@ void ReleaseCacheMemory() {
     }
 }
 
-namespace {
-
-// The shared connection, opened first with the current settings when it is closed.
 DbConnection& Opened() {
     if (!Connection || Connection->State() == adStateClosed) {
         OpenConnection();
     }
     return *Connection;
 }
-
-}  // namespace
 
 Recordset GetRecordset(const QString& sql) {
     return ErrorPath::PassOn("modDatabase:GetRecordset", [&] {
@@ -439,54 +436,6 @@ void Execute(const QString& sql) { Execute(Opened(), sql); }
 
 void Execute(DbConnection& connection, const QString& sql) {
     ErrorPath::PassOn("modDatabase:Execute", [&] { connection.Run(sql); });
-}
-
-Transaction::Transaction(Purpose purpose) {
-    ErrorPath::PassOn("modDatabase:BeginTransaction", [&] {
-        Opened();
-        m_shared = Connection;
-        m_connection = m_shared.get();
-        Begin(purpose);
-    });
-}
-
-Transaction::Transaction(Purpose purpose, DbConnection& connection) : m_connection(&connection) {
-    ErrorPath::PassOn("modDatabase:BeginTransaction", [&] { Begin(purpose); });
-}
-
-void Transaction::Begin(Purpose purpose) {
-    const bool server = m_connection->Kind() == ServerDatabase;
-    if (purpose == Writing) {
-        Execute(*m_connection,
-                server ? QStringLiteral("START TRANSACTION") : QStringLiteral("BEGIN IMMEDIATE"));
-    } else {
-        Execute(*m_connection,
-                server
-                    ? QStringLiteral("START TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")
-                    : QStringLiteral("BEGIN"));
-    }
-    m_open = true;
-}
-
-Transaction::~Transaction() {
-    if (m_open && m_connection->State() == adStateOpen) {
-        TryRun(*m_connection, QStringLiteral("ROLLBACK"));
-    }
-}
-
-void Transaction::LockRow(const QString& bracketedTable, const QString& keyColumn, qint32 key) {
-    if (m_connection->Kind() == ServerDatabase) {
-        Execute(*m_connection, QStringLiteral("SELECT %1 FROM %2 WHERE %1 = %3 FOR UPDATE;")
-                                   .arg(keyColumn, bracketedTable)
-                                   .arg(key));
-    }
-}
-
-void Transaction::Commit() {
-    ErrorPath::PassOn("modDatabase:CommitTransaction", [&] {
-        Execute(*m_connection, QStringLiteral("COMMIT"));
-        m_open = false;
-    });
 }
 
 void RaiseDriverError(const DbConnection& connection, const SqlFailure& failure) {

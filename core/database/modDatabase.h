@@ -11,13 +11,15 @@
 #include "core/database/Recordset.h"
 #include "core/database/RowReader.h"
 #include "core/database/SqlSession.h"
+#include "core/database/Transaction.h"
 
 struct sqlite3;
+class PostgresSession;
 
 // The program's single database connection and the operations through which every window
 // reaches the tables: open, query into a result set, delete the rows of a result set, close,
-// and the conversions between empty text and NULL. (A second connection to a file only reads
-// beside it for a while, on another thread: OpenReadingPartner.)
+// and the conversions between empty text and NULL. (A second connection only reads beside it for
+// a while, on another thread: OpenReadingPartner.)
 namespace modDatabase {
 
 enum ObjectState { adStateClosed = 0, adStateOpen = 1 };
@@ -47,6 +49,10 @@ public:
     // file that may be written is opened for writing all the same, so that SQLite still rolls
     // back what a writer that stopped half-way left behind.
     void OpenToRead();
+    // Opens a second connection to the database of an open one, to read beside it: a file as
+    // OpenToRead opens it, a server with what the other connected with (a password typed then
+    // is not asked for again).
+    void OpenBeside(const DbConnection& other);
     void Close();
     int State() const;
     int Kind() const { return m_kind; }
@@ -68,6 +74,9 @@ private:
     enum class Expect { MorvenaDatabase, EmptyDatabase };
     void OpenFile(const QString& fileName, Expect expect);
     void OpenServer(Expect expect);
+    // Sets up a server session that has just connected; false (and closed) when it cannot
+    // serve the program.
+    bool StartServerSession(std::shared_ptr<PostgresSession> session, const QString& database);
     // Empty when the open database is what `expect` wants; otherwise why it is not: not a
     // Morvena database, or a database that cannot be read (with the cause).
     QString Problem(Expect expect, const QString& name);
@@ -77,6 +86,7 @@ private:
     int m_kind;
     QString m_connectionString;
     std::shared_ptr<SqlSession> m_session;
+    QList<QPair<QString, QString>> m_serverKeywords;  // what a server session connected with
     QString m_lastError;
     bool m_writable = true;    // a file opened for reading only is false
     bool m_readOnly = false;   // opened with OpenForReading
@@ -104,13 +114,15 @@ QString ConnectionStringValue(const QString& connectionString, const QString& ke
 void OpenConnection();
 // The same for work that only reads the database (DbConnection::OpenToRead).
 void OpenConnectionToRead();
-// A second connection to the shared connection's database file, to read beside it on another
-// thread: nullptr for a server, while the shared connection is inside a transaction (the other
-// would not see its changes), or when the file cannot be opened so.
+// A second connection to the shared connection's database, to read beside it on another thread:
+// nullptr while the shared connection is inside a transaction (the other would not see its
+// changes), or when it cannot be opened.
 std::shared_ptr<DbConnection> OpenReadingPartner();
 // The shared connection to a file gives the memory of its page cache back (the cache fills again
 // as it reads); nothing happens for a server or a closed connection.
 void ReleaseCacheMemory();
+// The shared connection, opened first with the current settings when it is closed.
+DbConnection& Opened();
 // Runs a SELECT into a result set; opens the shared connection first when it is closed.
 Recordset GetRecordset(const QString& sql);
 // The same for a statement that holds text the user typed between the quotes of a literal:
@@ -129,29 +141,6 @@ void CloseConnection();
 // Runs a statement that returns no rows on the shared connection, or on another one.
 void Execute(const QString& sql);
 void Execute(DbConnection& connection, const QString& sql);
-
-// A transaction on the shared connection (or another one), rolled back when it ends without
-// Commit (an error half-way). One for writing takes the write lock of a database file at once
-// (another writer waits for it); one for reading sees the database as it was when it began.
-class Transaction {
-public:
-    enum Purpose { Writing, Reading };
-    explicit Transaction(Purpose purpose = Writing);
-    Transaction(Purpose purpose, DbConnection& connection);
-    ~Transaction();
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    // Locks a row of a server database until the transaction ends (a file is locked whole).
-    void LockRow(const QString& bracketedTable, const QString& keyColumn, qint32 key);
-    void Commit();
-
-private:
-    void Begin(Purpose purpose);
-
-    std::shared_ptr<DbConnection> m_shared;  // the shared connection, kept while in use
-    DbConnection* m_connection = nullptr;
-    bool m_open = false;
-};
 
 // Raises a failure of the database library: its name is the source, its message the description.
 [[noreturn]] void RaiseDriverError(const DbConnection& connection, const SqlFailure& failure);
